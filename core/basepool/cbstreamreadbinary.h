@@ -1,0 +1,54 @@
+#pragma once
+
+#include "basepool/basepool_export.h"
+#include "basepool/cstring.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+// Binary input stream from memory or a file, the counterpart of CbStreamWriteBinary. Reading past
+// the end throws CbExceptionWrongFileVersion: the data is truncated or of another format.
+class BASEPOOL_API CbStreamReadBinary
+{
+public:
+    // Reads size bytes at data, which must outlive the stream.
+    CbStreamReadBinary(const void* data, std::size_t size, unsigned int version = 0);
+    explicit CbStreamReadBinary(const std::vector<unsigned char>& buffer, unsigned int version = 0);
+    // Reads the file path; throws CbExceptionFile when it cannot be opened.
+    explicit CbStreamReadBinary(const std::string& path, unsigned int version = 0);
+    ~CbStreamReadBinary();
+    CbStreamReadBinary(const CbStreamReadBinary&) = delete;
+    CbStreamReadBinary& operator=(const CbStreamReadBinary&) = delete;
+
+    unsigned int GetVersion() const { return m_version; }
+
+    void Read(void* data, std::size_t size);
+    template <class T>
+    requires std::is_trivially_copyable_v<T>
+    void Read(T& value) { Read(&value, sizeof(T)); }
+    void Read(CString& text);
+    void Read(CStringA& text);
+    // The count reader; see CbStreamWriteBinary::WriteCount.
+    std::uint32_t ReadCount(unsigned int version = 0);
+
+    // True when every byte has been read.
+    bool IsAtEnd();
+    std::uint64_t GetPosition() const { return m_position; }
+
+    template <class T> CbStreamReadBinary& operator>>(T& value)
+    {
+        Read(value);
+        return *this;
+    }
+
+private:
+    const unsigned char* m_data = nullptr;
+    std::size_t m_size = 0;
+    std::FILE* m_file = nullptr;
+    std::string m_path;
+    unsigned int m_version;
+    std::uint64_t m_position = 0;
+};

@@ -1,0 +1,3 @@
+#pragma once
+
+#define ZQBASE_API __attribute__((visibility("default")))

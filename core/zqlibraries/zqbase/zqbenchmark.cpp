@@ -1,0 +1,81 @@
+#include "zqbase/zqbenchmark.h"
+
+#include <algorithm>
+#include <map>
+#include <vector>
+
+const CbRTTI ZqBenchmark::RTTI(L"ZqBenchmark", nullptr, nullptr);
+
+ZqBenchmark::~ZqBenchmark() = default;
+
+unsigned int ZqBenchmark::getGroup(unsigned int) const
+{
+    return 0;
+}
+
+void ZqBenchmark::onBeforeRun() {}
+
+void ZqBenchmark::onAfterRun(bool) {}
+
+CString ZqBenchmark::FormatTime(double seconds)
+{
+    if (seconds < 1e-3)
+        return CbFormat(L"%.1f µs", seconds * 1e6);
+    if (seconds < 1.0)
+        return CbFormat(L"%.2f ms", seconds * 1e3);
+    return CbFormat(L"%.2f s", seconds);
+}
+
+bool ZqBenchmark::RunBenchmark()
+{
+    onBeforeRun();
+    const unsigned int count = getBenchmarkCount();
+    const unsigned int iterations = std::max(1u, getIterationCount());
+    std::vector<SBenchmarkData> data(count);
+    std::vector<bool> passed(count, true);
+    bool success = true;
+    for (unsigned int i = 0; i < count; ++i)
+    {
+        for (unsigned int run = 0; run < iterations && !data[i].notAvailable; ++run)
+            if (!runBenchmark(i, data[i]))
+            {
+                passed[i] = false;
+                success = false;
+                break;
+            }
+    }
+
+    std::map<unsigned int, double> fastest;
+    for (unsigned int i = 0; i < count; ++i)
+        if (passed[i] && data[i].runs)
+        {
+            auto [it, inserted] = fastest.emplace(getGroup(i), data[i].minimum);
+            if (!inserted)
+                it->second = std::min(it->second, data[i].minimum);
+        }
+
+    dump(CbFormat(L"%u Fälle, je %u Durchläufe; Verhältnis = Minimum / schnellstes Minimum der Gruppe", count,
+                  iterations));
+    for (unsigned int i = 0; i < count; ++i)
+    {
+        const CString name = getBenchmarkName(i);
+        const unsigned int group = getGroup(i);
+        if (data[i].notAvailable)
+            dump(CbFormat(L"[%02u] %s: not available on this platform", i, name.GetString()));
+        else if (!passed[i])
+            dump(CbFormat(L"[%02u] %s: fehlgeschlagen", i, name.GetString()));
+        else if (data[i].runs == 0)
+            dump(CbFormat(L"[%02u] %s: keine Messung", i, name.GetString()));
+        else
+        {
+            const double best = fastest[group];
+            const double ratio = best > 0.0 ? data[i].minimum / best : 1.0;
+            dump(CbFormat(L"[%02u] %s: min %s, mittel %s, max %s, Gruppe %u, Verhältnis %.2f", i,
+                          name.GetString(), FormatTime(data[i].minimum).GetString(),
+                          FormatTime(data[i].GetMean()).GetString(), FormatTime(data[i].maximum).GetString(),
+                          group, ratio));
+        }
+    }
+    onAfterRun(success);
+    return success;
+}

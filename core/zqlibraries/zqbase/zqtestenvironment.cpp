@@ -1,0 +1,126 @@
+#include "zqbase/zqtestenvironment.h"
+
+#include "basepool/cbexception.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <mutex>
+
+#ifndef ZQ_DEFAULT_DATA_ROOT
+#define ZQ_DEFAULT_DATA_ROOT "testing/zqunittests/data"
+#endif
+
+namespace
+{
+struct SState
+{
+    std::mutex mutex;
+    std::optional<std::string> dataRoot;
+    std::optional<std::string> scratch;
+    bool ownsScratch = false;
+    std::optional<std::optional<std::uint32_t>> replaySeed;
+    bool debugOutput = false;
+
+    ~SState()
+    {
+        if (ownsScratch && scratch)
+        {
+            std::error_code ignored;
+            std::filesystem::remove_all(*scratch, ignored);
+        }
+    }
+};
+
+SState& state()
+{
+    static SState instance;
+    return instance;
+}
+} // namespace
+
+std::string ZqTestEnvironment::GetDataRoot()
+{
+    SState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (s.dataRoot)
+        return *s.dataRoot;
+    if (const char* env = std::getenv("ZQ_TEST_DATA"); env && *env)
+        return env;
+    return ZQ_DEFAULT_DATA_ROOT;
+}
+
+void ZqTestEnvironment::SetDataRoot(const std::string& root)
+{
+    SState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.dataRoot = root;
+}
+
+std::string ZqTestEnvironment::GetDataDirectory(const wchar_t* className)
+{
+    return GetDataRoot() + "/" + CbWideToUtf8(className ? className : L"");
+}
+
+std::string ZqTestEnvironment::GetScratchDirectory()
+{
+    SState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (!s.scratch)
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "zqtest-XXXXXX").string();
+        if (!mkdtemp(pattern.data()))
+            CB_THROW(CbExceptionFile, "ZqTestEnvironment::GetScratchDirectory",
+                     "cannot create " + pattern + ": " + std::strerror(errno));
+        s.scratch = pattern;
+        s.ownsScratch = true;
+    }
+    return *s.scratch;
+}
+
+void ZqTestEnvironment::SetScratchDirectory(const std::string& directory)
+{
+    SState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.scratch = directory;
+    s.ownsScratch = false;
+}
+
+std::optional<std::uint32_t> ZqTestEnvironment::GetReplaySeed()
+{
+    SState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (s.replaySeed)
+        return *s.replaySeed;
+    if (const char* env = std::getenv("ZQ_RANDOM_SEED"); env && *env)
+    {
+        char* end = nullptr;
+        errno = 0;
+        const unsigned long long value = std::strtoull(env, &end, 0);
+        if (errno == 0 && *end == 0 && value <= 0xFFFFFFFFull)
+            return static_cast<std::uint32_t>(value);
+    }
+    return std::nullopt;
+}
+
+void ZqTestEnvironment::SetReplaySeed(std::optional<std::uint32_t> seed)
+{
+    SState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.replaySeed = seed;
+}
+
+bool ZqTestEnvironment::IsDebugOutputEnabled()
+{
+    SState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    return s.debugOutput;
+}
+
+void ZqTestEnvironment::SetDebugOutputEnabled(bool enabled)
+{
+    SState& s = state();
+    std::lock_guard<std::mutex> lock(s.mutex);
+    s.debugOutput = enabled;
+}

@@ -1,0 +1,110 @@
+#pragma once
+
+#include "basepool/cbrtti.h"
+#include "basepool/cstring.h"
+#include "zqbase/zqbase_export.h"
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+class ZqMessageStream;
+
+// The base of every test. The runner creates a test through its type record and then calls, in this
+// order: PreallocateStaticData(), InitSubtests(), GetSubtestCount(), and for each index
+// GetSubtestName(i) and RunUnitTest(i). A subtest reports through its EResult and through messages
+// written with WriteMessage.
+class ZQBASE_API ZqUnitTest : public IObject
+{
+    CB_DECLARE_RTTI(ZqUnitTest)
+
+public:
+    enum EResult
+    {
+        ePassed = 1,
+        eFailed = 2,
+        eException = 3,
+        eAborted = 4,
+    };
+
+    enum EMessageType
+    {
+        eInfo = 0,
+        eError = 1,
+    };
+
+    ZqUnitTest();
+    ZqUnitTest(const ZqUnitTest& other);
+    ZqUnitTest& operator=(const ZqUnitTest& other);
+    ~ZqUnitTest() override;
+
+    // One-time allocations of the code under test, so that they do not count against the first subtest.
+    virtual void PreallocateStaticData();
+
+    // Appends a message to this test's message stream (or to the stream it was pointed at).
+    void WriteMessage(EMessageType type, const CString& text) const;
+    // WriteMessage(type, CbFormat(format, ...)).
+    void WriteMessageFormat(EMessageType type, const wchar_t* format, ...) const;
+    // Makes this object write into the message stream of other, e.g. a comparison algorithm's test
+    // part writing under the running test.
+    void SetMessageStream(const ZqUnitTest& other) const;
+    ZqMessageStream& GetMessageStream() const { return *m_stream; }
+
+    // The runner's entry points; they call the protected hooks.
+    void InitSubtests() { initSubtests(); }
+    unsigned int GetSubtestCount() const { return getSubtestCount(); }
+    CString GetSubtestName(unsigned int index) { return getSubtestName(index); }
+    EResult RunUnitTest(unsigned int index);
+
+    // The test whose subtest runs on this thread right now, or null. Lets helpers without a test
+    // object of their own (table rows, free functions) report under the running test.
+    static const ZqUnitTest* GetRunning();
+
+protected:
+    virtual void initSubtests();
+    // One subtest by default, named "Unit-Test".
+    virtual unsigned int getSubtestCount() const;
+    virtual CString getSubtestName(unsigned int index);
+    virtual EResult runUnitTest(unsigned int index) = 0;
+
+private:
+    mutable std::shared_ptr<ZqMessageStream> m_stream;
+};
+
+// The messages of a test, in the order written. The runner attaches a sink to see each message as
+// it is written (a subtest that crashes later keeps what it said before).
+class ZQBASE_API ZqMessageStream
+{
+public:
+    struct SMessage
+    {
+        ZqUnitTest::EMessageType type;
+        CString text;
+    };
+    using Sink = std::function<void(const SMessage&)>;
+
+    void Write(ZqUnitTest::EMessageType type, const CString& text);
+    // Takes every message written so far and empties the stream.
+    std::vector<SMessage> Take();
+    void SetSink(Sink sink);
+
+private:
+    std::mutex m_mutex;
+    std::vector<SMessage> m_messages;
+    Sink m_sink;
+};
+
+// One row of a static subtest table: the name and the function that runs the subtest.
+//
+//     static const ZqSubtestRow s_rows[] = {
+//         {"Compare / operator ==", [] { ...; return ZqUnitTest::ePassed; }},
+//     };
+struct ZqSubtestRow
+{
+    const char* name;
+    std::function<ZqUnitTest::EResult()> function;
+};
+
+// Writes an error under the running test and returns eFailed; for table rows and helpers.
+ZQBASE_API ZqUnitTest::EResult ZqFail(const wchar_t* format, ...);

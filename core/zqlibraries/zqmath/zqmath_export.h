@@ -1,0 +1,3 @@
+#pragma once
+
+#define ZQMATH_API __attribute__((visibility("default")))
