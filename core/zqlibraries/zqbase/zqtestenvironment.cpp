@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <mutex>
+#include <unistd.h>
 
 #ifndef ZQ_DEFAULT_DATA_ROOT
 #define ZQ_DEFAULT_DATA_ROOT "testing/zqunittests/data"
@@ -19,16 +20,19 @@ struct SState
     std::mutex mutex;
     std::optional<std::string> dataRoot;
     std::optional<std::string> scratch;
-    bool ownsScratch = false;
+    // The directory made here on first use, removed at exit whatever is set later; only by the process
+    // that made it, so a forked child that exits normally leaves its parent's directory alone.
+    std::optional<std::string> madeScratch;
+    pid_t madeBy = 0;
     std::optional<std::optional<std::uint32_t>> replaySeed;
     bool debugOutput = false;
 
     ~SState()
     {
-        if (ownsScratch && scratch)
+        if (madeScratch && madeBy == getpid())
         {
             std::error_code ignored;
-            std::filesystem::remove_all(*scratch, ignored);
+            std::filesystem::remove_all(*madeScratch, ignored);
         }
     }
 };
@@ -74,7 +78,8 @@ std::string ZqTestEnvironment::GetScratchDirectory()
             CB_THROW(CbExceptionFile, "ZqTestEnvironment::GetScratchDirectory",
                      "cannot create " + pattern + ": " + std::strerror(errno));
         s.scratch = pattern;
-        s.ownsScratch = true;
+        s.madeScratch = pattern;
+        s.madeBy = getpid();
     }
     return *s.scratch;
 }
@@ -84,7 +89,6 @@ void ZqTestEnvironment::SetScratchDirectory(const std::string& directory)
     SState& s = state();
     std::lock_guard<std::mutex> lock(s.mutex);
     s.scratch = directory;
-    s.ownsScratch = false;
 }
 
 std::optional<std::uint32_t> ZqTestEnvironment::GetReplaySeed()

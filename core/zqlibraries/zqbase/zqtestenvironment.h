@@ -21,7 +21,8 @@ public:
     static std::string GetDataDirectory(const wchar_t* className);
 
     // A writable directory of this run, removed at its end. Made on first use when the runner has not
-    // set one.
+    // set one; a directory made so is removed at exit by the process that made it, even when another
+    // was set afterwards. A directory set with SetScratchDirectory belongs to whoever set it.
     static std::string GetScratchDirectory();
     static void SetScratchDirectory(const std::string& directory);
 

@@ -1,0 +1,133 @@
+// The module's tests of ZqMD5, ZqSHA1 and ZqSemanticVersion, driven as the runner drives them: their
+// subtests, outcomes, messages and the scratch file of the SHA-1 test.
+
+#include "basepool/cbexception.h"
+#include "basepool/cbfactory.h"
+#include "zqbase/zqbenchmark.h"
+#include "zqbase/zqfilesystem.h"
+#include "zqbase/zqtestenvironment.h"
+#include "zqbase/zqunittest.h"
+
+#include <dlfcn.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace
+{
+class DigestModuleTest : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        s_module = dlopen(ZQ_BINARY_DIR "/libZqUnitTests.so", RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(s_module, nullptr) << dlerror();
+    }
+    static void TearDownTestSuite()
+    {
+        if (s_module)
+            dlclose(s_module);
+        s_module = nullptr;
+    }
+
+    static std::unique_ptr<ZqUnitTest> create(const wchar_t* name)
+    {
+        std::unique_ptr<ZqUnitTest> test = CbFactory::CreateAs<ZqUnitTest>(name);
+        if (test)
+        {
+            test->PreallocateStaticData();
+            test->InitSubtests();
+        }
+        return test;
+    }
+
+    // Runs a subtest and reports its error messages as failures of this test.
+    static ZqUnitTest::EResult run(ZqUnitTest& test, unsigned int index, bool errorsExpected = false)
+    {
+        const ZqUnitTest::EResult result = test.RunUnitTest(index);
+        for (const auto& message : test.GetMessageStream().Take())
+            if (message.type == ZqUnitTest::eError && !errorsExpected)
+                ADD_FAILURE() << CbWideToUtf8(message.text.Std());
+        return result;
+    }
+
+    static void* s_module;
+};
+void* DigestModuleTest::s_module = nullptr;
+} // namespace
+
+TEST_F(DigestModuleTest, MD5TestAndItsBenchmark)
+{
+    std::unique_ptr<ZqUnitTest> test = create(L"ZqMD5_UnitTest");
+    ASSERT_TRUE(test);
+    EXPECT_TRUE(test->IsKindOf(ZqBenchmark::RTTI));
+    ASSERT_EQ(test->GetSubtestCount(), 2u);
+    EXPECT_STREQ(test->GetSubtestName(0).GetString(), L"Unit-Test");
+    EXPECT_STREQ(test->GetSubtestName(1).GetString(), L"Benchmark");
+    try
+    {
+        test->GetSubtestName(2);
+        ADD_FAILURE() << "no exception for subtest 2";
+    }
+    catch (const CbException& exception)
+    {
+        EXPECT_STREQ(exception.GetFunction(), "ZqMD5_UnitTest::getSubtestName");
+    }
+    EXPECT_EQ(run(*test, 2), ZqUnitTest::eFailed);
+
+    EXPECT_EQ(run(*test, 0), ZqUnitTest::ePassed);
+    EXPECT_EQ(test->RunUnitTest(1), ZqUnitTest::ePassed);
+    // One heading and one line per case, each case under its own name, in order.
+    const auto messages = test->GetMessageStream().Take();
+    ASSERT_EQ(messages.size(), 9u);
+    auto* benchmark = dynamic_cast<ZqBenchmark*>(test.get());
+    ASSERT_TRUE(benchmark);
+    ASSERT_EQ(benchmark->GetBenchmarkCount(), 8u);
+    for (unsigned int i = 0; i < 8; ++i)
+    {
+        EXPECT_EQ(messages[i + 1].type, ZqUnitTest::eInfo);
+        const std::wstring line = messages[i + 1].text.Std();
+        EXPECT_NE(line.find(benchmark->GetBenchmarkName(i).Std() + L": min"), std::wstring::npos)
+            << CbWideToUtf8(line);
+    }
+    EXPECT_STREQ(benchmark->GetBenchmarkName(4).GetString(), L"A -> A [ZqMD5::eF_MSCryptography]");
+    EXPECT_STREQ(benchmark->GetBenchmarkName(3).GetString(), L"W -> W [ZqMD5::eF_OriginalAlgorithm]");
+}
+
+TEST_F(DigestModuleTest, SHA1TestLeavesNoFileBehind)
+{
+    std::unique_ptr<ZqUnitTest> test = create(L"ZqSHA1_UnitTest");
+    ASSERT_TRUE(test);
+    ASSERT_EQ(test->GetSubtestCount(), 1u);
+    EXPECT_EQ(run(*test, 0), ZqUnitTest::ePassed);
+    const std::filesystem::path scratch = CbWideToUtf8(ZqFileSystem::GetDirectory(0).Std());
+    EXPECT_TRUE(std::filesystem::is_directory(scratch));
+    EXPECT_FALSE(std::filesystem::exists(scratch / "ZqSHA1_UnitTest.dat"));
+    try
+    {
+        test->RunUnitTest(1);
+        ADD_FAILURE() << "no exception for subtest 1";
+    }
+    catch (const CbException& exception)
+    {
+        EXPECT_STREQ(exception.GetFunction(), "ZqSHA1_UnitTest::runUnitTest");
+    }
+}
+
+TEST_F(DigestModuleTest, SHA1TestAbortsWhenTheFileCannotBeWritten)
+{
+    const std::string scratch = ZqTestEnvironment::GetScratchDirectory();
+    ZqTestEnvironment::SetScratchDirectory(scratch + "/does/not/exist");
+    std::unique_ptr<ZqUnitTest> test = create(L"ZqSHA1_UnitTest");
+    ASSERT_TRUE(test);
+    const ZqUnitTest::EResult result = run(*test, 0, true);
+    ZqTestEnvironment::SetScratchDirectory(scratch);
+    EXPECT_EQ(result, ZqUnitTest::eAborted);
+}
+
+TEST_F(DigestModuleTest, SemanticVersionTestPasses)
+{
+    std::unique_ptr<ZqUnitTest> test = create(L"ZqSemanticVersion_UnitTest");
+    ASSERT_TRUE(test);
+    ASSERT_EQ(test->GetSubtestCount(), 1u);
+    EXPECT_EQ(run(*test, 0), ZqUnitTest::ePassed);
+}
