@@ -5,6 +5,12 @@
 add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
 add_compile_options(-Wall -Wextra -Wno-unused-parameter)
 
+if(ZQ_BUILD_FUZZ)
+  # Instrument the libraries too, so that the fuzzers see coverage inside the code they feed.
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
 if(ZQ_SANITIZE)
   add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
   add_link_options(-fsanitize=address,undefined)
