@@ -79,7 +79,16 @@ unsigned long toNumber(const std::string& text)
 void ZqTestEventWriter::send(const std::string& line)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    const std::string data = line + '\n';
+    std::fflush(stdout);
+    std::fflush(stderr);
+    std::string data;
+    const off_t position = lseek(STDOUT_FILENO, 0, SEEK_CUR);
+    if (position > m_outputMark)
+    {
+        m_outputMark = position;
+        data = "O\t" + std::to_string(position) + '\n';
+    }
+    data += line + '\n';
     std::size_t written = 0;
     while (written < data.size())
     {
@@ -146,7 +155,13 @@ void ZqTestEventReader::dispatch(const std::string& line)
     };
     try
     {
-        if (kind == "P")
+        if (kind == "O")
+        {
+            need(2);
+            if (m_onOutputMark)
+                m_onOutputMark(std::stoull(f[1]));
+        }
+        else if (kind == "P")
         {
             need(2);
             const unsigned long phase = toNumber(f[1]);

@@ -3,19 +3,19 @@
 #include "zqbase/zqtestclassrun.h"
 #include "zqbase/zqtestprotocol.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cmath>
 #include <cstring>
 #include <deque>
 #include <fcntl.h>
-#include <filesystem>
-#include <functional>
 #include <memory>
 #include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <stdexcept>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -42,50 +42,34 @@ std::string describeStatus(int status)
     return "crashed: the process ended";
 }
 
-// A pipe's read end above the standard descriptors and 3, so that dup2 in the child always copies.
-struct SPipe
+void check(bool ok, const char* what)
 {
-    int read = -1;
-    int write = -1;
-};
-
-SPipe makePipe()
-{
-    int fds[2];
-    if (pipe2(fds, O_CLOEXEC) != 0)
-        throw std::runtime_error(std::string("pipe: ") + std::strerror(errno));
-    SPipe result;
-    result.read = fcntl(fds[0], F_DUPFD_CLOEXEC, 10);
-    result.write = fcntl(fds[1], F_DUPFD_CLOEXEC, 10);
-    close(fds[0]);
-    close(fds[1]);
-    if (result.read < 0 || result.write < 0)
-        throw std::runtime_error(std::string("fcntl: ") + std::strerror(errno));
-    return result;
+    if (!ok)
+        throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
 }
 
-// Number of bytes at the end of text that start an incomplete UTF-8 sequence.
-std::size_t incompleteTail(const std::string& text)
+// Moves a descriptor above the standard ones and 3, so that dup2 in the child always copies (and
+// so clears close-on-exec).
+int moveHigh(int fd)
 {
-    const std::size_t n = text.size();
-    for (std::size_t back = 1; back <= 3 && back <= n; ++back)
-    {
-        const auto c = static_cast<unsigned char>(text[n - back]);
-        if ((c & 0xC0) == 0x80)
-            continue;
-        const std::size_t need = c >= 0xF0 ? 4 : c >= 0xE0 ? 3 : c >= 0xC0 ? 2 : 1;
-        return need > back ? back : 0;
-    }
-    return 0;
+    const int high = fcntl(fd, F_DUPFD_CLOEXEC, 10);
+    close(fd);
+    check(high >= 0, "fcntl");
+    return high;
 }
 
-// One running child and the class it works on. Events reset the deadline: the timeout is per
-// subtest.
+// One running child and the class it works on.
+//
+// The child's stdout and stderr go to an in-memory file; before each event it writes the file
+// position it has reached (ZqTestEventWriter), so the output up to that mark is given to the subtest
+// running then, whatever order the two streams are read in. Events reset the deadline: the timeout
+// is per subtest.
 class CChild : public IZqTestEvents
 {
 public:
     CChild(ZqTestClassRun& run, double timeoutSeconds)
-        : m_run(run), m_reader(*this), m_timeout(timeoutSeconds)
+        : m_run(run), m_reader(*this, [this](std::uint64_t mark) { takeOutput(mark); }),
+          m_timeout(timeoutSeconds)
     {
         touch();
     }
@@ -95,6 +79,8 @@ public:
             if (fd >= 0)
                 close(fd);
     }
+    CChild(const CChild&) = delete;
+    CChild& operator=(const CChild&) = delete;
 
     void OnPhase(EZqTestPhase phase) override
     {
@@ -116,22 +102,29 @@ public:
     void OnClassError(const std::string& text) override { m_run.OnClassError(text); }
     void OnClassEnd() override { m_run.OnClassEnd(); }
 
-    void FeedEvents(const char* data, std::size_t size) { m_reader.Feed(data, size); }
-    void FeedOutput(const char* data, std::size_t size)
+    // Reads the events that are there; false once the child has closed its end.
+    bool ReadEvents()
     {
-        m_outputTail.append(data, size);
-        const std::size_t keep = incompleteTail(m_outputTail);
-        if (m_outputTail.size() > keep)
+        char buffer[65536];
+        for (;;)
         {
-            m_run.AppendOutput(m_outputTail.substr(0, m_outputTail.size() - keep));
-            m_outputTail.erase(0, m_outputTail.size() - keep);
+            const ssize_t n = read(events, buffer, sizeof buffer);
+            if (n > 0)
+                m_reader.Feed(buffer, static_cast<std::size_t>(n));
+            else if (n < 0 && errno == EINTR)
+                continue;
+            else
+                return n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
         }
     }
-    void FlushOutput()
+    // Everything the child printed after the last mark (after it has ended).
+    void TakeRemainingOutput()
     {
-        if (!m_outputTail.empty())
-            m_run.AppendOutput(m_outputTail);
-        m_outputTail.clear();
+        struct stat info
+        {
+        };
+        if (output >= 0 && fstat(output, &info) == 0)
+            takeOutput(static_cast<std::uint64_t>(info.st_size));
     }
     bool HasDeadline() const { return m_timeout > 0; }
     Clock::time_point Deadline() const { return m_deadline; }
@@ -148,10 +141,29 @@ private:
             m_deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                             std::chrono::duration<double>(m_timeout));
     }
+    void takeOutput(std::uint64_t mark)
+    {
+        std::string text;
+        char buffer[65536];
+        while (m_outputRead < mark)
+        {
+            const std::size_t want =
+                static_cast<std::size_t>(std::min<std::uint64_t>(sizeof buffer, mark - m_outputRead));
+            const ssize_t n = pread(output, buffer, want, static_cast<off_t>(m_outputRead));
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0)
+                break;
+            text.append(buffer, static_cast<std::size_t>(n));
+            m_outputRead += static_cast<std::uint64_t>(n);
+        }
+        if (!text.empty())
+            m_run.AppendOutput(text);
+    }
 
     ZqTestClassRun& m_run;
     ZqTestEventReader m_reader;
-    std::string m_outputTail;
+    std::uint64_t m_outputRead = 0;
     double m_timeout;
     Clock::time_point m_deadline;
 };
@@ -162,24 +174,6 @@ std::string joinIndices(const std::vector<unsigned>& indices)
     for (unsigned index : indices)
         text.append(text.empty() ? "" : ",").append(std::to_string(index));
     return text;
-}
-
-// Reads what is there without blocking; false at the end of the stream.
-bool drain(int fd, const std::function<void(const char*, std::size_t)>& sink)
-{
-    char buffer[65536];
-    for (;;)
-    {
-        const ssize_t n = read(fd, buffer, sizeof buffer);
-        if (n > 0)
-        {
-            sink(buffer, static_cast<std::size_t>(n));
-            continue;
-        }
-        if (n < 0 && errno == EINTR)
-            continue;
-        return n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
-    }
 }
 } // namespace
 
@@ -198,11 +192,10 @@ bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
 
     auto spawn = [&](const SJob& job)
     {
-        const std::string scratch = m_settings.scratch + "/" + job.run->GetRecord().name;
-        std::vector<std::string> args = {m_settings.program};
-        args.push_back("--child-class=" + job.run->GetRecord().name);
-        args.push_back(std::string("--child-indices=").append(joinIndices(job.indices)));
-        args.push_back("--child-scratch=" + scratch);
+        const std::string& name = job.run->GetRecord().name;
+        std::vector<std::string> args = {m_settings.program, "--child-class=" + name,
+                                         std::string("--child-indices=").append(joinIndices(job.indices)),
+                                         "--child-scratch=" + m_settings.scratch + "/" + name};
         args.insert(args.end(), m_settings.arguments.begin(), m_settings.arguments.end());
         std::vector<char*> argv;
         for (std::string& arg : args)
@@ -210,29 +203,32 @@ bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
         argv.push_back(nullptr);
 
         auto child = std::make_unique<CChild>(*job.run, m_settings.timeoutSeconds);
-        const SPipe events = makePipe();
-        const SPipe output = makePipe();
+        int fds[2];
+        check(pipe2(fds, O_CLOEXEC) == 0, "pipe");
+        child->events = moveHigh(fds[0]);
+        const int eventsWrite = moveHigh(fds[1]);
+        const int output = memfd_create("zqtest-output", MFD_CLOEXEC);
+        check(output >= 0, "memfd_create");
+        child->output = moveHigh(output);
+
         posix_spawn_file_actions_t actions;
         posix_spawn_file_actions_init(&actions);
         posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
-        posix_spawn_file_actions_adddup2(&actions, output.write, 1);
-        posix_spawn_file_actions_adddup2(&actions, output.write, 2);
-        posix_spawn_file_actions_adddup2(&actions, events.write, kEventDescriptor);
+        posix_spawn_file_actions_adddup2(&actions, child->output, 1);
+        posix_spawn_file_actions_adddup2(&actions, child->output, 2);
+        posix_spawn_file_actions_adddup2(&actions, eventsWrite, kEventDescriptor);
         const int error =
             posix_spawn(&child->pid, m_settings.program.c_str(), &actions, nullptr, argv.data(), environ);
         posix_spawn_file_actions_destroy(&actions);
-        close(events.write);
-        close(output.write);
-        child->events = events.read;
-        child->output = output.read;
+        close(eventsWrite);
         if (error != 0)
             throw std::runtime_error("cannot start " + m_settings.program + ": " + std::strerror(error));
         fcntl(child->events, F_SETFL, O_NONBLOCK);
-        fcntl(child->output, F_SETFL, O_NONBLOCK);
         running.push_back(std::move(child));
     };
 
-    // The child has ended (or was killed): collect it, take what is left in its pipes and decide.
+    // The child has ended or was killed: collect it, take what is left of its events and output, and
+    // decide whether its class goes on in a new child.
     auto reap = [&](std::size_t slot, const std::string& killedBecause)
     {
         CChild& child = *running[slot];
@@ -241,26 +237,17 @@ bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
         {
         }
         if (child.events >= 0)
-            drain(child.events, [&](const char* d, std::size_t n) { child.FeedEvents(d, n); });
-        if (child.output >= 0)
-            drain(child.output, [&](const char* d, std::size_t n) { child.FeedOutput(d, n); });
-        child.FlushOutput();
+            child.ReadEvents();
+        child.TakeRemainingOutput();
         ZqTestClassRun& run = child.Run();
         const bool clean = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        bool goOn = false;
         if (!killedBecause.empty())
-        {
-            if (run.Lost(EZqTestStatus::eTimeout, killedBecause))
-                jobs.push_front({&run, run.GetPendingIndices()});
-            else
-                run.Finish();
-        }
+            goOn = run.Lost(EZqTestStatus::eTimeout, killedBecause);
         else if (!run.HasEnded() || !clean)
-        {
-            if (run.Lost(EZqTestStatus::eCrashed, describeStatus(status)))
-                jobs.push_front({&run, run.GetPendingIndices()});
-            else
-                run.Finish();
-        }
+            goOn = run.Lost(EZqTestStatus::eCrashed, describeStatus(status));
+        if (goOn)
+            jobs.push_front({&run, run.GetPendingIndices()});
         else
             run.Finish();
         running.erase(running.begin() + static_cast<std::ptrdiff_t>(slot));
@@ -268,56 +255,47 @@ bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
 
     while (!jobs.empty() || !running.empty())
     {
-        while (!stopping && running.size() < std::max(1u, m_settings.jobs) && !jobs.empty())
-        {
-            spawn(jobs.front());
-            jobs.pop_front();
-        }
         if (stopping)
         {
             for (SJob& job : jobs)
                 job.run->Finish();
             jobs.clear();
         }
+        while (running.size() < std::max(1u, m_settings.jobs) && !jobs.empty())
+        {
+            spawn(jobs.front());
+            jobs.pop_front();
+        }
         if (running.empty())
             continue;
 
         std::vector<pollfd> fds;
-        for (auto& child : running)
-        {
-            fds.push_back({child->events, child->events >= 0 ? short(POLLIN) : short(0), 0});
-            fds.push_back({child->output, child->output >= 0 ? short(POLLIN) : short(0), 0});
-        }
         int waitMs = -1;
         const Clock::time_point now = Clock::now();
         for (auto& child : running)
+        {
+            fds.push_back({child->events, POLLIN, 0});
             if (child->HasDeadline())
             {
                 const auto left =
-                    std::chrono::duration_cast<std::chrono::milliseconds>(child->Deadline() - now).count();
-                const int ms =
-                    static_cast<int>(std::max<long long>(0, std::min<long long>(left + 1, 1 << 30)));
+                    std::chrono::duration_cast<std::chrono::milliseconds>(child->Deadline() - now).count() +
+                    1;
+                const int ms = static_cast<int>(std::clamp<long long>(left, 0, 1 << 30));
                 waitMs = waitMs < 0 ? ms : std::min(waitMs, ms);
             }
+        }
         if (poll(fds.data(), fds.size(), waitMs) < 0 && errno != EINTR)
             throw std::runtime_error(std::string("poll: ") + std::strerror(errno));
 
         for (std::size_t slot = running.size(); slot-- > 0;)
         {
             CChild& child = *running[slot];
-            // Output first: it belongs to the subtest whose end may be among the events.
-            if (child.output >= 0 && (fds[2 * slot + 1].revents & (POLLIN | POLLHUP | POLLERR)) &&
-                !drain(child.output, [&](const char* d, std::size_t n) { child.FeedOutput(d, n); }))
+            bool open = true;
+            if (fds[slot].revents & (POLLIN | POLLHUP | POLLERR))
             {
-                close(child.output);
-                child.output = -1;
-            }
-            if (child.events >= 0 && (fds[2 * slot].revents & (POLLIN | POLLHUP | POLLERR)))
-            {
-                bool open = true;
                 try
                 {
-                    open = drain(child.events, [&](const char* d, std::size_t n) { child.FeedEvents(d, n); });
+                    open = child.ReadEvents();
                 }
                 catch (const std::exception& e)
                 {
@@ -326,14 +304,13 @@ bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
                     child.Run().AppendOutput(std::string("zqtest: ") + e.what() + "\n");
                     open = false;
                 }
-                if (!open)
-                {
-                    close(child.events);
-                    child.events = -1;
-                }
             }
-            if (child.events < 0)
+            if (!open)
+            {
+                close(child.events);
+                child.events = -1;
                 reap(slot, "");
+            }
             else if (child.HasDeadline() && Clock::now() >= child.Deadline())
             {
                 kill(child.pid, SIGKILL);
@@ -344,27 +321,21 @@ bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
             }
         }
 
-        if (m_settings.failFast && !stopping)
+        if (m_settings.failFast && !stopping &&
+            std::any_of(classes.begin(), classes.end(),
+                        [](ZqTestClassRun* run) { return run->HasFailure(); }))
         {
-            bool failed = false;
-            for (ZqTestClassRun* run : classes)
-                failed = failed || run->HasFailure();
-            if (failed)
+            stopping = true;
+            for (auto& child : running)
             {
-                stopping = true;
-                for (auto& child : running)
-                    kill(child->pid, SIGKILL);
-                while (!running.empty())
+                kill(child->pid, SIGKILL);
+                int status = 0;
+                while (waitpid(child->pid, &status, 0) < 0 && errno == EINTR)
                 {
-                    CChild& child = *running.back();
-                    int status = 0;
-                    while (waitpid(child.pid, &status, 0) < 0 && errno == EINTR)
-                    {
-                    }
-                    child.Run().Finish();
-                    running.pop_back();
                 }
+                child->Run().Finish();
             }
+            running.clear();
         }
     }
     return !stopping;
