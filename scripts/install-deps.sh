@@ -7,6 +7,7 @@ packages=(
   g++ cmake ninja-build pkg-config
   libgtest-dev libgmock-dev libbenchmark-dev
   libssl-dev libpng-dev libtbb-dev libeigen3-dev
+  nlohmann-json3-dev libtinyxml2-dev
 )
 
 missing=()

@@ -1,0 +1,342 @@
+#include "zqbase/zqtestsupervisor.h"
+
+#include "zqbase/zqtestclassrun.h"
+#include "zqbase/zqtestprotocol.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstring>
+#include <deque>
+#include <fcntl.h>
+#include <memory>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <stdexcept>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace
+{
+using Clock = std::chrono::steady_clock;
+
+// The descriptor on which a child writes its events.
+constexpr int kEventDescriptor = 3;
+
+std::string describeStatus(int status)
+{
+    if (WIFSIGNALED(status))
+    {
+        const int signal = WTERMSIG(status);
+        const char* name = sigabbrev_np(signal);
+        return "crashed: signal " + std::to_string(signal) + " (" + (name ? std::string("SIG") + name : "?") +
+               ", " + strsignal(signal) + ")";
+    }
+    if (WIFEXITED(status))
+        return "crashed: the process exited with code " + std::to_string(WEXITSTATUS(status));
+    return "crashed: the process ended";
+}
+
+void check(bool ok, const char* what)
+{
+    if (!ok)
+        throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
+}
+
+// Moves a descriptor above the standard ones and 3, so that dup2 in the child always copies (and
+// so clears close-on-exec).
+int moveHigh(int fd)
+{
+    const int high = fcntl(fd, F_DUPFD_CLOEXEC, 10);
+    close(fd);
+    check(high >= 0, "fcntl");
+    return high;
+}
+
+// One running child and the class it works on.
+//
+// The child's stdout and stderr go to an in-memory file; before each event it writes the file
+// position it has reached (ZqTestEventWriter), so the output up to that mark is given to the subtest
+// running then, whatever order the two streams are read in. Events reset the deadline: the timeout
+// is per subtest.
+class CChild : public IZqTestEvents
+{
+public:
+    CChild(ZqTestClassRun& run, double timeoutSeconds)
+        : m_run(run), m_reader(*this, [this](std::uint64_t mark) { takeOutput(mark); }),
+          m_timeout(timeoutSeconds)
+    {
+        touch();
+    }
+    ~CChild() override
+    {
+        for (int fd : {events, output})
+            if (fd >= 0)
+                close(fd);
+    }
+    CChild(const CChild&) = delete;
+    CChild& operator=(const CChild&) = delete;
+
+    void OnPhase(EZqTestPhase phase) override
+    {
+        touch();
+        m_run.OnPhase(phase);
+    }
+    void OnSubtestStart(unsigned index, const std::string& name) override
+    {
+        touch();
+        m_run.OnSubtestStart(index, name);
+    }
+    void OnMessage(int type, const std::string& text) override { m_run.OnMessage(type, text); }
+    void OnSubtestEnd(unsigned index, EZqTestStatus status, int outcome, double seconds,
+                      const std::string& failure) override
+    {
+        touch();
+        m_run.OnSubtestEnd(index, status, outcome, seconds, failure);
+    }
+    void OnClassError(const std::string& text) override { m_run.OnClassError(text); }
+    void OnClassEnd() override { m_run.OnClassEnd(); }
+
+    // Reads the events that are there; false once the child has closed its end.
+    bool ReadEvents()
+    {
+        char buffer[65536];
+        for (;;)
+        {
+            const ssize_t n = read(events, buffer, sizeof buffer);
+            if (n > 0)
+                m_reader.Feed(buffer, static_cast<std::size_t>(n));
+            else if (n < 0 && errno == EINTR)
+                continue;
+            else
+                return n < 0 && (errno == EAGAIN || errno == EWOULDBLOCK);
+        }
+    }
+    // Everything the child printed after the last mark (after it has ended).
+    void TakeRemainingOutput()
+    {
+        struct stat info
+        {
+        };
+        if (output >= 0 && fstat(output, &info) == 0)
+            takeOutput(static_cast<std::uint64_t>(info.st_size));
+    }
+    bool HasDeadline() const { return m_timeout > 0; }
+    Clock::time_point Deadline() const { return m_deadline; }
+    ZqTestClassRun& Run() { return m_run; }
+
+    pid_t pid = -1;
+    int events = -1;
+    int output = -1;
+
+private:
+    void touch()
+    {
+        if (m_timeout > 0)
+            m_deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                                            std::chrono::duration<double>(m_timeout));
+    }
+    void takeOutput(std::uint64_t mark)
+    {
+        std::string text;
+        char buffer[65536];
+        while (m_outputRead < mark)
+        {
+            const std::size_t want =
+                static_cast<std::size_t>(std::min<std::uint64_t>(sizeof buffer, mark - m_outputRead));
+            const ssize_t n = pread(output, buffer, want, static_cast<off_t>(m_outputRead));
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0)
+                break;
+            text.append(buffer, static_cast<std::size_t>(n));
+            m_outputRead += static_cast<std::uint64_t>(n);
+        }
+        if (!text.empty())
+            m_run.AppendOutput(text);
+    }
+
+    ZqTestClassRun& m_run;
+    ZqTestEventReader m_reader;
+    std::uint64_t m_outputRead = 0;
+    double m_timeout;
+    Clock::time_point m_deadline;
+};
+
+std::string joinIndices(const std::vector<unsigned>& indices)
+{
+    std::string text;
+    for (unsigned index : indices)
+        text.append(text.empty() ? "" : ",").append(std::to_string(index));
+    return text;
+}
+} // namespace
+
+bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
+{
+    struct SJob
+    {
+        ZqTestClassRun* run;
+        std::vector<unsigned> indices;
+    };
+    std::deque<SJob> jobs;
+    for (ZqTestClassRun* run : classes)
+        jobs.push_back({run, run->GetPendingIndices()});
+    std::vector<std::unique_ptr<CChild>> running;
+    bool stopping = false;
+
+    auto spawn = [&](const SJob& job)
+    {
+        const std::string& name = job.run->GetRecord().name;
+        std::vector<std::string> args = {m_settings.program, "--child-class=" + name,
+                                         std::string("--child-indices=").append(joinIndices(job.indices)),
+                                         "--child-scratch=" + m_settings.scratch + "/" + name};
+        args.insert(args.end(), m_settings.arguments.begin(), m_settings.arguments.end());
+        std::vector<char*> argv;
+        for (std::string& arg : args)
+            argv.push_back(arg.data());
+        argv.push_back(nullptr);
+
+        auto child = std::make_unique<CChild>(*job.run, m_settings.timeoutSeconds);
+        int fds[2];
+        check(pipe2(fds, O_CLOEXEC) == 0, "pipe");
+        child->events = moveHigh(fds[0]);
+        const int eventsWrite = moveHigh(fds[1]);
+        const int output = memfd_create("zqtest-output", MFD_CLOEXEC);
+        check(output >= 0, "memfd_create");
+        child->output = moveHigh(output);
+
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+        posix_spawn_file_actions_adddup2(&actions, child->output, 1);
+        posix_spawn_file_actions_adddup2(&actions, child->output, 2);
+        posix_spawn_file_actions_adddup2(&actions, eventsWrite, kEventDescriptor);
+        const int error =
+            posix_spawn(&child->pid, m_settings.program.c_str(), &actions, nullptr, argv.data(), environ);
+        posix_spawn_file_actions_destroy(&actions);
+        close(eventsWrite);
+        if (error != 0)
+            throw std::runtime_error("cannot start " + m_settings.program + ": " + std::strerror(error));
+        fcntl(child->events, F_SETFL, O_NONBLOCK);
+        running.push_back(std::move(child));
+    };
+
+    // The child has ended or was killed: collect it, take what is left of its events and output, and
+    // decide whether its class goes on in a new child.
+    auto reap = [&](std::size_t slot, const std::string& killedBecause)
+    {
+        CChild& child = *running[slot];
+        int status = 0;
+        while (waitpid(child.pid, &status, 0) < 0 && errno == EINTR)
+        {
+        }
+        if (child.events >= 0)
+            child.ReadEvents();
+        child.TakeRemainingOutput();
+        ZqTestClassRun& run = child.Run();
+        const bool clean = WIFEXITED(status) && WEXITSTATUS(status) == 0;
+        bool goOn = false;
+        if (!killedBecause.empty())
+            goOn = run.Lost(EZqTestStatus::eTimeout, killedBecause);
+        else if (!run.HasEnded() || !clean)
+            goOn = run.Lost(EZqTestStatus::eCrashed, describeStatus(status));
+        if (goOn)
+            jobs.push_front({&run, run.GetPendingIndices()});
+        else
+            run.Finish();
+        running.erase(running.begin() + static_cast<std::ptrdiff_t>(slot));
+    };
+
+    while (!jobs.empty() || !running.empty())
+    {
+        if (stopping)
+        {
+            for (SJob& job : jobs)
+                job.run->Finish();
+            jobs.clear();
+        }
+        while (running.size() < std::max(1u, m_settings.jobs) && !jobs.empty())
+        {
+            spawn(jobs.front());
+            jobs.pop_front();
+        }
+        if (running.empty())
+            continue;
+
+        std::vector<pollfd> fds;
+        int waitMs = -1;
+        const Clock::time_point now = Clock::now();
+        for (auto& child : running)
+        {
+            fds.push_back({child->events, POLLIN, 0});
+            if (child->HasDeadline())
+            {
+                const auto left =
+                    std::chrono::duration_cast<std::chrono::milliseconds>(child->Deadline() - now).count() +
+                    1;
+                const int ms = static_cast<int>(std::clamp<long long>(left, 0, 1 << 30));
+                waitMs = waitMs < 0 ? ms : std::min(waitMs, ms);
+            }
+        }
+        if (poll(fds.data(), fds.size(), waitMs) < 0 && errno != EINTR)
+            throw std::runtime_error(std::string("poll: ") + std::strerror(errno));
+
+        for (std::size_t slot = running.size(); slot-- > 0;)
+        {
+            CChild& child = *running[slot];
+            bool open = true;
+            if (fds[slot].revents & (POLLIN | POLLHUP | POLLERR))
+            {
+                try
+                {
+                    open = child.ReadEvents();
+                }
+                catch (const std::exception& e)
+                {
+                    // A child that garbles its own event stream is as good as crashed.
+                    kill(child.pid, SIGKILL);
+                    child.Run().AppendOutput(std::string("zqtest: ") + e.what() + "\n");
+                    open = false;
+                }
+            }
+            if (!open)
+            {
+                close(child.events);
+                child.events = -1;
+                reap(slot, "");
+            }
+            else if (child.HasDeadline() && Clock::now() >= child.Deadline())
+            {
+                kill(child.pid, SIGKILL);
+                char text[64];
+                std::snprintf(text, sizeof text, "timeout: still running after %g s",
+                              m_settings.timeoutSeconds);
+                reap(slot, text);
+            }
+        }
+
+        if (m_settings.failFast && !stopping &&
+            std::any_of(classes.begin(), classes.end(),
+                        [](ZqTestClassRun* run) { return run->HasFailure(); }))
+        {
+            stopping = true;
+            for (auto& child : running)
+            {
+                kill(child->pid, SIGKILL);
+                int status = 0;
+                while (waitpid(child->pid, &status, 0) < 0 && errno == EINTR)
+                {
+                }
+                child->Run().Finish();
+            }
+            running.clear();
+        }
+    }
+    return !stopping;
+}
