@@ -1,0 +1,105 @@
+// Test of Powell's method on |p + (1, -0.5)|^2 from (10, -10): unbounded, and inside a box that
+// excludes the minimum, once with parabolic and once with bounds bracketing.
+
+#include "basepool/cbexception.h"
+#include "zqbase/zqunittest.h"
+#include "zqmath/zqpowell.h"
+
+#include <cmath>
+
+class ZqPowell_UnitTest : public ZqUnitTest
+{
+    CB_DECLARE_RTTI(ZqPowell_UnitTest)
+
+protected:
+    unsigned int getSubtestCount() const override;
+    CString getSubtestName(unsigned int index) override;
+    EResult runUnitTest(unsigned int index) override;
+
+private:
+    using Powell = ZqPowell<float, ZqPowell_UnitTest>;
+
+    // limit: the largest magnitude of the value found that passes.
+    EResult runPowell(Powell::EBracketingMethod bracketing, bool bounded, float limit);
+    // |p + (1, -0.5)|^2, 0 at (-1, 0.5).
+    float distanceToCentre(const ZqMatrix<float>& p);
+};
+
+CB_IMPLEMENT_RTTI(ZqPowell_UnitTest, ZqUnitTest::RTTI);
+
+unsigned int ZqPowell_UnitTest::getSubtestCount() const
+{
+    return 3;
+}
+
+CString ZqPowell_UnitTest::getSubtestName(unsigned int index)
+{
+    switch (index)
+    {
+    case 0:
+        return L"Standard-Test";
+    case 1:
+        return L"Bounds-Test";
+    case 2:
+        return L"NoBracketing-Test";
+    default:
+        CB_THROW(CbException, "ZqPowell_UnitTest::getSubtestName");
+    }
+}
+
+ZqUnitTest::EResult ZqPowell_UnitTest::runUnitTest(unsigned int index)
+{
+    switch (index)
+    {
+    case 0:
+        return runPowell(Powell::eBM_Parabolic, false, 0.0f);
+    case 1:
+        // y <= 0 keeps the minimum out of reach: only a bounded descent is asked for.
+        return runPowell(Powell::eBM_Parabolic, true, 25.0f);
+    case 2:
+        return runPowell(Powell::eBM_Bounds, true, 25.0f);
+    default:
+        CB_THROW(CbException, "ZqPowell_UnitTest::runUnitTest");
+    }
+}
+
+ZqUnitTest::EResult ZqPowell_UnitTest::runPowell(Powell::EBracketingMethod bracketing, bool bounded,
+                                                 float limit)
+{
+    const float tolerance = 0.001f;
+    ZqMatrix<float> point = ZqMatrix<float>::Vector({10.0f, -10.0f});
+    ZqMatrix<float> directions = ZqMatrix<float>::Identity(2);
+    const ZqMatrix<float> boundsMatrix(2, 2, {-20.0f, -20.0f, 20.0f, 0.0f});
+
+    Powell powell;
+    powell.point = &point;
+    powell.directions = &directions;
+    powell.bracketingMethod = bracketing;
+    powell.locateMethod = Powell::eLM_Brent;
+    powell.maxIterations = 10;
+    powell.ftol = tolerance;
+    powell.client = this;
+    powell.function = &ZqPowell_UnitTest::distanceToCentre;
+    if (bounded)
+        powell.boundsMatrix = &boundsMatrix;
+    powell.sign = 1;
+    powell.maximize = 0;
+    powell.MarkInputChanged();
+    if (!powell.Compute(ZqAlgorithm::eCF_Compute))
+    {
+        WriteMessageFormat(eError, L"Compute fehlgeschlagen: %S\n", powell.GetLastError().c_str());
+        return eFailed;
+    }
+    if (!(std::fabs(*powell.fmin) <= limit + tolerance))
+    {
+        WriteMessageFormat(eError, L"Minimum %g bei (%g, %g), erlaubt ist höchstens %g\n", *powell.fmin,
+                           point[0], point[1], limit);
+        return eFailed;
+    }
+    return ePassed;
+}
+
+float ZqPowell_UnitTest::distanceToCentre(const ZqMatrix<float>& p)
+{
+    return (p + ZqMatrix<float>::Vector({1.0f, -0.5f})).GetSquaredLength();
+}

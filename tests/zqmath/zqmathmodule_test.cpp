@@ -1,0 +1,140 @@
+// The numerics test classes of the module, driven through the registry as the runner drives them:
+// names, counts, outcomes, and the index checks.
+
+#include "basepool/cbexception.h"
+#include "basepool/cbfactory.h"
+#include "zqbase/zqunittest.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace
+{
+class NumericsModuleTest : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        s_module = dlopen(ZQ_BINARY_DIR "/libZqUnitTests.so", RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(s_module, nullptr) << dlerror();
+    }
+    static void TearDownTestSuite()
+    {
+        if (s_module)
+            dlclose(s_module);
+        s_module = nullptr;
+    }
+
+    static std::unique_ptr<ZqUnitTest> create(const wchar_t* name)
+    {
+        std::unique_ptr<ZqUnitTest> test = CbFactory::CreateAs<ZqUnitTest>(name);
+        if (test)
+        {
+            test->PreallocateStaticData();
+            test->InitSubtests();
+        }
+        return test;
+    }
+    static std::vector<std::string> names(ZqUnitTest& test)
+    {
+        std::vector<std::string> result;
+        for (unsigned int i = 0; i < test.GetSubtestCount(); ++i)
+            result.push_back(CbWideToUtf8(test.GetSubtestName(i).Std()));
+        return result;
+    }
+    // Runs every subtest; each must pass without an error message.
+    static void expectAllPass(ZqUnitTest& test)
+    {
+        for (unsigned int i = 0; i < test.GetSubtestCount(); ++i)
+        {
+            EXPECT_EQ(test.RunUnitTest(i), ZqUnitTest::ePassed) << CbWideToUtf8(test.GetSubtestName(i).Std());
+            for (const auto& message : test.GetMessageStream().Take())
+                if (message.type == ZqUnitTest::eError)
+                    ADD_FAILURE() << CbWideToUtf8(message.text.Std());
+        }
+    }
+    static std::string thrownFunction(const std::function<void()>& call)
+    {
+        try
+        {
+            call();
+        }
+        catch (const CbException& e)
+        {
+            return e.GetFunction();
+        }
+        return "nothing thrown";
+    }
+
+    static void* s_module;
+};
+void* NumericsModuleTest::s_module = nullptr;
+} // namespace
+
+TEST_F(NumericsModuleTest, CubicEquationTableKeepsItsNamesAndPasses)
+{
+    auto test = create(L"ZqCubicEquation_UnitTest");
+    ASSERT_TRUE(test);
+    const std::vector<std::string> expected = {"01.) Quadratisch 1 Lösung   ", "02.) Quadratisch 2 Lösungen ",
+                                               "03.) Quadratisch 2 Lösungen ", "04.) Quadratisch 0 Lösungen ",
+                                               "05.) Kubisch 1 Lösung ",       "06.) Kubisch 1 Lösung ",
+                                               "07.) Kubisch 2 Lösungen ",     "08.) Kubisch 3 Lösungen ",
+                                               "09.) Affin 1 Lösung ",         "10.) Konstanz 0 Lösungen "};
+    EXPECT_EQ(names(*test), expected);
+    expectAllPass(*test);
+    EXPECT_EQ(thrownFunction([&] { test->RunUnitTest(10); }), "ZqCubicEquation_UnitTest::runUnitTest");
+}
+
+TEST_F(NumericsModuleTest, FloatCompareRunsBothTypesAndRejectsOtherIndices)
+{
+    auto test = create(L"ZqFloatCompare_UnitTest");
+    ASSERT_TRUE(test);
+    EXPECT_EQ(names(*test), (std::vector<std::string>{"FloatCompare<float>", "FloatCompare<double>"}));
+    expectAllPass(*test);
+    EXPECT_EQ(thrownFunction([&] { test->RunUnitTest(2); }), "ZqFloatCompare_UnitTest::runUnitTest");
+    EXPECT_EQ(thrownFunction([&] { test->GetSubtestName(2); }), "ZqFloatCompare_UnitTest::getSubtestName");
+}
+
+TEST_F(NumericsModuleTest, QuadraticTimingIsRegisteredButNeverScheduled)
+{
+    auto test = create(L"ZqQuadraticEquation_UnitTest");
+    ASSERT_TRUE(test);
+    EXPECT_EQ(test->GetSubtestCount(), 0u);
+    EXPECT_EQ(CbWideToUtf8(test->GetSubtestName(0).Std()),
+              "Zeitmessung für das Lösen quadratischer Gleichungen");
+    EXPECT_EQ(thrownFunction([&] { test->RunUnitTest(1); }), "ZqQuadraticEquation_UnitTest::runUnitTest");
+}
+
+TEST_F(NumericsModuleTest, QuadraticTimingReportsSeedAndTimings)
+{
+    auto test = create(L"ZqQuadraticEquation_UnitTest");
+    ASSERT_TRUE(test);
+    EXPECT_EQ(test->RunUnitTest(0), ZqUnitTest::ePassed);
+    const auto messages = test->GetMessageStream().Take();
+    ASSERT_GE(messages.size(), 2u);
+    EXPECT_EQ(messages[0].text.Find(L"Startwert des Zufallsgenerators: "), 0);
+    EXPECT_EQ(messages[1].text.Find(L"Timings: float "), 0);
+}
+
+TEST_F(NumericsModuleTest, LineMinimizationCountsTwoAndRunsAHiddenThird)
+{
+    auto test = create(L"ZqLineMinimization_UnitTest");
+    ASSERT_TRUE(test);
+    EXPECT_EQ(names(*test), (std::vector<std::string>{"Minimum-Test", "Maximum-Test"}));
+    expectAllPass(*test);
+    EXPECT_TRUE(test->GetSubtestName(2).IsEmpty());
+    EXPECT_EQ(test->RunUnitTest(2), ZqUnitTest::ePassed);
+    EXPECT_EQ(thrownFunction([&] { test->RunUnitTest(3); }), "ZqLineMinimization_UnitTest::runUnitTest");
+}
+
+TEST_F(NumericsModuleTest, PowellPassesItsThreeSubtests)
+{
+    auto test = create(L"ZqPowell_UnitTest");
+    ASSERT_TRUE(test);
+    EXPECT_EQ(names(*test), (std::vector<std::string>{"Standard-Test", "Bounds-Test", "NoBracketing-Test"}));
+    expectAllPass(*test);
+    EXPECT_EQ(thrownFunction([&] { test->GetSubtestName(3); }), "ZqPowell_UnitTest::getSubtestName");
+}
