@@ -74,12 +74,16 @@ private:
     void computeSymmetric();
     void computeJacobi();
     void sort(T multiplier);
-    static void tridiagonalize(ZqMatrix<T>& a, T* d, T* e);
+    void tridiagonalize(ZqMatrix<T>& a, T* d, T* e);
     static void solveTridiagonalQL(T* d, T* e, ZqMatrix<T>& vectors);
+    static T pythagoras(T a, T b);
     [[noreturn]] static void throwPrecondition(const char* reason);
     [[noreturn]] static void throwNotConverged(const char* reason);
 
     std::atomic<bool> m_busy{false};
+    // Scratch kept between calls, so that solving many small matrices does not allocate.
+    ZqMatrix<T> m_reflections;
+    std::vector<T> m_scratch;
 };
 
 template <class T> void ZqEigenSolver<T>::Compute()
@@ -138,8 +142,13 @@ template <class T> void ZqEigenSolver<T>::computeSymmetric()
 template <class T> void ZqEigenSolver<T>::tridiagonalize(ZqMatrix<T>& a, T* d, T* e)
 {
     const std::size_t n = a.GetRows();
-    ZqMatrix<T> q = ZqMatrix<T>::Identity(n);
-    std::vector<T> v(n), p(n);
+    ZqMatrix<T>& q = m_reflections;
+    q.Resize(n, n);
+    for (std::size_t i = 0; i < n; ++i)
+        q(i, i) = T(1);
+    m_scratch.resize(2 * n);
+    T* v = m_scratch.data();
+    T* p = v + n;
     for (std::size_t k = 0; k + 2 < n; ++k)
     {
         // Reflect a(k + 1 .. n - 1, k) onto a multiple of the first unit vector. The column is scaled
@@ -199,7 +208,7 @@ template <class T> void ZqEigenSolver<T>::tridiagonalize(ZqMatrix<T>& a, T* d, T
         d[i] = a(i, i);
         e[i] = i + 1 < n ? a(i + 1, i) : T(0);
     }
-    a = std::move(q);
+    std::copy(q.GetData(), q.GetData() + n * n, a.GetData());
 }
 
 // Implicit QL with Wilkinson shifts on the tridiagonal (d, e); the rotations are applied to rows of
@@ -226,7 +235,7 @@ template <class T> void ZqEigenSolver<T>::solveTridiagonalQL(T* d, T* e, ZqMatri
                 throwNotConverged("QL iteration did not converge");
 
             T g = (d[l + 1] - d[l]) / (T(2) * e[l]);
-            T r = std::hypot(g, T(1));
+            T r = pythagoras(g, T(1));
             g = d[m] - d[l] + e[l] / (g + (g >= T(0) ? r : -r));
             T s = T(1), c = T(1), p = T(0);
             bool underflow = false;
@@ -234,7 +243,7 @@ template <class T> void ZqEigenSolver<T>::solveTridiagonalQL(T* d, T* e, ZqMatri
             {
                 const T f = s * e[i];
                 const T b = c * e[i];
-                r = std::hypot(f, g);
+                r = pythagoras(f, g);
                 e[i + 1] = r;
                 if (r == T(0))
                 {
@@ -269,6 +278,19 @@ template <class T> void ZqEigenSolver<T>::solveTridiagonalQL(T* d, T* e, ZqMatri
     }
 }
 
+// sqrt(a^2 + b^2) without overflow or underflow of the squares.
+template <class T> T ZqEigenSolver<T>::pythagoras(T a, T b)
+{
+    a = std::abs(a);
+    b = std::abs(b);
+    if (a < b)
+        std::swap(a, b);
+    if (a == T(0))
+        return T(0);
+    const T ratio = b / a;
+    return a * std::sqrt(T(1) + ratio * ratio);
+}
+
 template <class T> void ZqEigenSolver<T>::computeJacobi()
 {
     ZqMatrix<T>& a = *matrix;
@@ -278,13 +300,17 @@ template <class T> void ZqEigenSolver<T>::computeJacobi()
     if (!eigenvectors)
         eigenvectors = std::make_unique<ZqMatrix<T>>();
     eigenvalues->Resize(n, 1);
-    *eigenvectors = ZqMatrix<T>::Identity(n);
+    eigenvectors->Resize(n, n);
+    for (std::size_t i = 0; i < n; ++i)
+        (*eigenvectors)(i, i) = T(1);
     ZqMatrix<T>& v = *eigenvectors;
     T* d = eigenvalues->GetData();
 
     // b: the diagonal at the start of the sweep, z: what the sweep's rotations added to it. Summing
     // the updates separately keeps rounding from accumulating in d.
-    std::vector<T> b(n), z(n, T(0));
+    m_scratch.assign(2 * n, T(0));
+    T* b = m_scratch.data();
+    T* z = b + n;
     for (std::size_t i = 0; i < n; ++i)
         b[i] = d[i] = a(i, i);
 
