@@ -264,4 +264,9 @@ TEST(ZqLineMinimization, SlabClippingIgnoresCrossingsOutsideTheInterval)
     Line::ClipLine(point, point, box, tLo, tHi);
     EXPECT_EQ(tLo, -FLT_MAX);
     EXPECT_EQ(tHi, FLT_MAX);
+
+    EXPECT_THROW(Line::MakeBox(nullptr, nullptr, 2), CbExceptionPreconditionViolation);
+    EXPECT_THROW(Line::ClipLine(ZqMatrix<float>::Vector({0.0f, 0.0f, 0.0f}),
+                                ZqMatrix<float>::Vector({1.0f, 1.0f, 1.0f}), box, tLo, tHi),
+                 CbExceptionPreconditionViolation);
 }

@@ -50,8 +50,8 @@ template <class T, class Client> struct ZqTypeName<ZqLineMinimization<T, Client>
 // (bounds bracketing without bounds among them); a failed bracketing or Brent search, an unknown
 // bracketing or locate method throw CbException naming compute.
 //
-// Bounds do not constrain the search, they only shape its bracket: the extremum found may lie
-// slightly outside the box when the line leaves it.
+// Bounds act only through the bracket, the part of the line inside the box: the search stays there
+// (up to rounding), but a start point outside the box is not moved into it.
 template <class T, class Client> class ZqLineMinimization : public ZqAlgorithm
 {
 public:
@@ -89,7 +89,8 @@ public:
     std::int32_t sign = 0;
     std::int32_t maximize = 0;
 
-    // The box of the bounds interval (every coordinate alike) or of the bounds matrix, n-dimensional.
+    // The box of the bounds interval (every coordinate alike) or of the bounds matrix, n-dimensional;
+    // one of the two must be given.
     static SBox MakeBox(const ZqMatrix<T>* bounds, const ZqMatrix<T>* boundsMatrix, std::size_t n);
 
     // Slab clipping of the line from + t (to - from) against box: t_lo and t_hi start at -FLT_MAX
@@ -123,11 +124,13 @@ typename ZqLineMinimization<T, Client>::SBox
 ZqLineMinimization<T, Client>::MakeBox(const ZqMatrix<T>* bounds, const ZqMatrix<T>* boundsMatrix,
                                        std::size_t n)
 {
+    if (bounds ? bounds->GetSize() != 2 : !boundsMatrix)
+        CB_THROW(CbExceptionPreconditionViolation, functionText("MakeBox").c_str(), "no bounds");
     SBox box{ZqMatrix<T>(n, 1), ZqMatrix<T>(n, 1)};
     for (std::size_t i = 0; i < n; ++i)
     {
-        box.lower[i] = bounds ? (*bounds)[0] : (*boundsMatrix)(0, i);
-        box.upper[i] = bounds ? (*bounds)[1] : (*boundsMatrix)(1, i);
+        box.lower[i] = bounds ? (*bounds)[0] : boundsMatrix->At(0, i);
+        box.upper[i] = bounds ? (*bounds)[1] : boundsMatrix->At(1, i);
     }
     return box;
 }
@@ -139,6 +142,9 @@ void ZqLineMinimization<T, Client>::ClipLine(const ZqMatrix<T>& from, const ZqMa
     tLo = -T(FLT_MAX);
     tHi = T(FLT_MAX);
     const ZqMatrix<T> d = to - from;
+    if (box.lower.GetSize() != d.GetSize() || box.upper.GetSize() != d.GetSize())
+        CB_THROW(CbExceptionPreconditionViolation, functionText("ClipLine").c_str(),
+                 "box of another dimension");
     if (d.GetSquaredLength() == T(0))
         return;
     const auto cross = [&](T t, T denominator)
