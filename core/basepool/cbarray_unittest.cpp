@@ -1,18 +1,11 @@
-// Test of CbArray: iteration, moves and copies, insertion and removal, serialization, the run-time
-// element-size array, standard algorithms, initializer lists, a huge allocation and the growth rule;
-// subtest 0 times the array against a C array, std::vector and tbb::concurrent_vector.
+// Subtests 1 to 13 of CbArray_UnitTest; the benchmark of subtest 0 is in cbarraybenchmark_unittest.cpp.
 
-#include "basepool/cbarray.h"
+#include "basepool/cbarray_unittest.h"
+
 #include "basepool/cbarray_serializer.h"
 #include "basepool/cbvector3.h"
 #include "basepool/zqarraydynamicsize.h"
-#include "zqbase/cbtimer.h"
-#include "zqbase/iunittestrecreate.h"
-#include "zqbase/zqbenchmark.h"
 #include "zqbase/zqtestenvironment.h"
-#include "zqbase/zqunittest.h"
-
-#include <tbb/concurrent_vector.h>
 
 #include <algorithm>
 #include <climits>
@@ -20,11 +13,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
 #include <numeric>
 #include <random>
+#include <stdexcept>
 #include <string_view>
-#include <vector>
 
 namespace
 {
@@ -89,95 +81,6 @@ struct SBeyondAddressSpace
     unsigned char payload[std::size_t(1) << 33];
 };
 
-constexpr unsigned int kBenchmarkElements = 600000;
-constexpr long long kBenchmarkSum = 179999700000LL;
-
-const wchar_t* const kBenchmarkNames[] = {
-    L"C-Array über Index (vorwärts)",
-    L"C-Array über Index (rückwärts)",
-    L"C-Array über Pointer-Arithmetik (vorwärts)",
-    L"C-Array über Pointer-Arithmetik (rückwärts)",
-    L"CbArray über Index (vorwärts)",
-    L"CbArray über Index (rückwärts)",
-    L"CbArray über Pointer-Arithmetik (vorwärts)",
-    L"CbArray über Pointer-Arithmetik (rückwärts)",
-    L"CbArray über begin / end (vorwärts)",
-    L"CbArray über rbegin / rend (rückwärts)",
-    L"std::vector über Index (vorwärts)",
-    L"std::vector über Index (rückwärts)",
-    L"std::vector mit Iterator (vorwärts)",
-    L"std::vector mit Iterator (rückwärts)",
-    L"CArray über Index (vorwärts)",
-    L"CArray über Index (rückwärts)",
-    L"CArray über Pointer-Arithmetik (vorwärts)",
-    L"CArray über Pointer-Arithmetik (rückwärts)",
-    L"CAtlArray über Index (vorwärts)",
-    L"CAtlArray über Index (rückwärts)",
-    L"CAtlArray über Pointer-Arithmetik (vorwärts)",
-    L"CAtlArray über Pointer-Arithmetik (rückwärts)",
-    L"CbArray über range-based-loop (vorwärts)",
-    L"CbArray über range-based-loop (rückwärts)",
-    L"std::vector über range-based-loop (vorwärts)",
-    L"concurrency::concurrent_vector über Index (vorwärts)",
-    L"concurrency::concurrent_vector über Index (rückwärts)",
-    L"concurrency::concurrent_vector mit Iterator (vorwärts)",
-    L"concurrency::concurrent_vector mit Iterator (rückwärts)",
-    L"concurrency::concurrent_vector über range-based-loop (vorwärts)",
-};
-constexpr unsigned int kBenchmarkCount = sizeof(kBenchmarkNames) / sizeof(kBenchmarkNames[0]);
-
-// The walks of the benchmark, one function each so that every contender gets the same treatment
-// from the optimizer.
-template <class TArray> [[gnu::noinline]] long long sumIndexForward(const TArray& array, unsigned int count)
-{
-    long long sum = 0;
-    for (unsigned int i = 0; i < count; ++i)
-        sum += array[i];
-    return sum;
-}
-template <class TArray> [[gnu::noinline]] long long sumIndexBackward(const TArray& array, unsigned int count)
-{
-    long long sum = 0;
-    for (unsigned int i = count; i-- > 0;)
-        sum += array[i];
-    return sum;
-}
-[[gnu::noinline]] long long sumPointerForward(const int* first, unsigned int count)
-{
-    long long sum = 0;
-    for (const int *p = first, *last = first + count; p != last; ++p)
-        sum += *p;
-    return sum;
-}
-[[gnu::noinline]] long long sumPointerBackward(const int* first, unsigned int count)
-{
-    long long sum = 0;
-    for (const int* p = first + count; p != first;)
-        sum += *--p;
-    return sum;
-}
-template <class TArray> [[gnu::noinline]] long long sumIteratorForward(const TArray& array)
-{
-    long long sum = 0;
-    for (auto it = array.begin(); it != array.end(); ++it)
-        sum += *it;
-    return sum;
-}
-template <class TArray> [[gnu::noinline]] long long sumIteratorBackward(const TArray& array)
-{
-    long long sum = 0;
-    for (auto it = array.rbegin(); it != array.rend(); ++it)
-        sum += *it;
-    return sum;
-}
-template <class TRange> [[gnu::noinline]] long long sumRangeBased(const TRange& range)
-{
-    long long sum = 0;
-    for (int value : range)
-        sum += value;
-    return sum;
-}
-
 // True when the sanitizer's allocator hands out null for requests it cannot satisfy, instead of
 // ending the process; always true without a sanitizer.
 bool allocatorMayReturnNull()
@@ -193,73 +96,21 @@ bool allocatorMayReturnNull()
     return true;
 #endif
 }
-} // namespace
 
-class CbArray_UnitTest : public ZqUnitTest, public IUnitTestRecreate, public ZqBenchmark
+// Runs action and tells whether it threw TException.
+template <class TException, class TAction> bool throws(TAction action)
 {
-    CB_DECLARE_RTTI(CbArray_UnitTest)
-
-public:
-    CbArray_UnitTest() = default;
-    CbArray_UnitTest(const CbArray_UnitTest& other)
-        : ZqUnitTest(other), IUnitTestRecreate(other), ZqBenchmark(other)
+    try
     {
+        action();
     }
-    CbArray_UnitTest& operator=(const CbArray_UnitTest& other)
+    catch (const TException&)
     {
-        ZqUnitTest::operator=(other);
-        ZqBenchmark::operator=(other);
-        return *this;
+        return true;
     }
-    ~CbArray_UnitTest() override = default;
-
-    // The array test keeps no references, so there is nothing to recreate.
-    bool CanRecreate(unsigned int) const override { return false; }
-    bool Recreate(unsigned int) override { return false; }
-
-protected:
-    unsigned int getSubtestCount() const override { return 14; }
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
-
-    unsigned int getBenchmarkCount() const override { return kBenchmarkCount; }
-    CString getBenchmarkName(unsigned int index) override;
-    unsigned int getGroup(unsigned int index) const override;
-    unsigned int getIterationCount() const override { return 20; }
-    bool runBenchmark(unsigned int index, SBenchmarkData& data) override;
-    void dump(const CString& text) override { WriteMessage(eInfo, L"\t" + text); }
-    void onBeforeRun() override;
-    void onAfterRun(bool success) override;
-
-private:
-    EResult fail(const wchar_t* reason) const
-    {
-        WriteMessage(eError, CString(reason) + L"\n");
-        return eFailed;
-    }
-
-    EResult runIterator();
-    EResult runRangeBased();
-    EResult runRange();
-    EResult runMove();
-    EResult runDynamicManipulation();
-    EResult runSerialization();
-    EResult runDynamicSize();
-    EResult runCopies();
-    EResult runAlgorithms();
-    EResult runInitializerList();
-    EResult runRemove();
-    EResult runHugeAllocation();
-    EResult runGrow();
-
-    template <class T> EResult serializationRoundTrip(const CbArray<T>& written, const wchar_t* what);
-
-    // Data of the benchmark, made in onBeforeRun and released in onAfterRun.
-    std::unique_ptr<int[]> m_cArray;
-    CbArray<int> m_cbArray;
-    std::vector<int> m_vector;
-    tbb::concurrent_vector<int> m_concurrentVector;
-};
+    return false;
+}
+} // namespace
 
 CB_IMPLEMENT_RTTI(CbArray_UnitTest, ZqUnitTest::RTTI, ZqBenchmark::RTTI);
 
@@ -292,54 +143,27 @@ ZqUnitTest::EResult CbArray_UnitTest::runUnitTest(unsigned int index)
         CB_THROW(CbException, "CbArray_UnitTest::runUnitTest");
     SCounted::Reset();
     const int liveBefore = SCounted::s_live;
+    using Subtest = EResult (CbArray_UnitTest::*)();
+    static constexpr Subtest subtests[] = {
+        &CbArray_UnitTest::runBenchmarkSubtest,
+        &CbArray_UnitTest::runIterator,
+        &CbArray_UnitTest::runRangeBased,
+        &CbArray_UnitTest::runRange,
+        &CbArray_UnitTest::runMove,
+        &CbArray_UnitTest::runDynamicManipulation,
+        &CbArray_UnitTest::runSerialization,
+        &CbArray_UnitTest::runDynamicSize,
+        &CbArray_UnitTest::runCopies,
+        &CbArray_UnitTest::runAlgorithms,
+        &CbArray_UnitTest::runInitializerList,
+        &CbArray_UnitTest::runRemove,
+        &CbArray_UnitTest::runHugeAllocation,
+        &CbArray_UnitTest::runGrow,
+    };
     EResult result = eAborted;
     try
     {
-        switch (index)
-        {
-        case 0:
-            result = RunBenchmark() ? ePassed : eFailed;
-            break;
-        case 1:
-            result = runIterator();
-            break;
-        case 2:
-            result = runRangeBased();
-            break;
-        case 3:
-            result = runRange();
-            break;
-        case 4:
-            result = runMove();
-            break;
-        case 5:
-            result = runDynamicManipulation();
-            break;
-        case 6:
-            result = runSerialization();
-            break;
-        case 7:
-            result = runDynamicSize();
-            break;
-        case 8:
-            result = runCopies();
-            break;
-        case 9:
-            result = runAlgorithms();
-            break;
-        case 10:
-            result = runInitializerList();
-            break;
-        case 11:
-            result = runRemove();
-            break;
-        case 12:
-            result = runHugeAllocation();
-            break;
-        case 13:
-            result = runGrow();
-            break;
-        }
+        result = (this->*subtests[index])();
     }
     catch (const std::exception& e)
     {
@@ -459,14 +283,8 @@ ZqUnitTest::EResult CbArray_UnitTest::runRange()
         if ((array[i] == -1) != (i >= 40 && i < 50))
             return fail(L"Schreiben über Bereich trifft falsche Elemente");
 
-    try
-    {
-        array.GetRange(95, 6);
+    if (!throws<CbExceptionContainer>([&] { array.GetRange(95, 6); }))
         return fail(L"Bereich über das Ende hinaus wird nicht abgelehnt");
-    }
-    catch (const CbExceptionContainer&)
-    {
-    }
     const std::span<const int> all(array);
     if (all.size() != 100 || all.data() != array.GetData())
         return fail(L"std::span über das Array falsch");
@@ -586,14 +404,8 @@ ZqUnitTest::EResult CbArray_UnitTest::runDynamicManipulation()
             if (array[i].value != model[i])
                 return fail(L"Inhalt nach Einfügen/Entfernen falsch");
     }
-    try
-    {
-        array.InsertAt(array.GetCount() + 1, SCounted(0));
+    if (!throws<CbExceptionContainer>([&] { array.InsertAt(array.GetCount() + 1, SCounted(0)); }))
         return fail(L"Einfügen hinter dem Ende wird nicht abgelehnt");
-    }
-    catch (const CbExceptionContainer&)
-    {
-    }
     return ePassed;
 }
 
@@ -674,27 +486,19 @@ ZqUnitTest::EResult CbArray_UnitTest::runSerialization()
     {
         CbArray<int> victim = before;
         CbStreamReadBinary badInput(*bad);
-        try
-        {
-            badInput >> victim;
+        if (!throws<CbExceptionWrongFileVersion>([&] { badInput >> victim; }))
             return fail(L"Fehlerhafte Daten werden gelesen");
-        }
-        catch (const CbExceptionWrongFileVersion&)
-        {
-        }
         if (!(victim == before))
             return fail(L"Fehlerhafte Daten verändern das Array");
     }
     CbArray<CString> textVictim = {L"bleibt"};
-    try
-    {
-        CbStreamReadBinary badInput(textBuffer);
-        badInput >> textVictim;
+    if (!throws<CbExceptionWrongFileVersion>(
+            [&]
+            {
+                CbStreamReadBinary badInput(textBuffer);
+                badInput >> textVictim;
+            }))
         return fail(L"Abgeschnittene Zeichenketten werden gelesen");
-    }
-    catch (const CbExceptionWrongFileVersion&)
-    {
-    }
     if (textVictim.GetCount() != 1 || textVictim[0] != CString(L"bleibt"))
         return fail(L"Abgeschnittene Zeichenketten verändern das Array");
     return ePassed;
@@ -777,16 +581,10 @@ ZqUnitTest::EResult CbArray_UnitTest::runCopies()
     // A copy that fails halfway leaves the target as it was and leaks nothing.
     CbArray<SCounted> target = {SCounted(-1), SCounted(-2)};
     SCounted::s_copiesUntilThrow = 50;
-    try
-    {
-        target = original;
-        SCounted::Reset();
-        return fail(L"Fehlschlagende Kopie wird nicht gemeldet");
-    }
-    catch (const std::runtime_error&)
-    {
-    }
+    const bool refused = throws<std::runtime_error>([&] { target = original; });
     SCounted::Reset();
+    if (!refused)
+        return fail(L"Fehlschlagende Kopie wird nicht gemeldet");
     if (target.GetCount() != 2 || target[1].value != -2 || SCounted::s_live != 304)
         return fail(L"Fehlschlagende Kopie verändert das Ziel oder verliert Elemente");
 
@@ -912,28 +710,16 @@ ZqUnitTest::EResult CbArray_UnitTest::runRemove()
         return fail(L"Remove mit eigenem Element entfernt falsch");
 
     const unsigned int capacity = array.GetCapacity();
-    try
-    {
-        array.RemoveAt(4, 3);
+    if (!throws<CbExceptionContainer>([&] { array.RemoveAt(4, 3); }))
         return fail(L"RemoveAt über das Ende hinaus wird nicht abgelehnt");
-    }
-    catch (const CbExceptionContainer&)
-    {
-    }
     if (array.GetCount() != 6)
         return fail(L"Abgelehntes RemoveAt verändert das Array");
     while (!array.IsEmpty())
         array.RemoveLast();
     if (array.GetDataEnd() != nullptr || array.GetCapacity() != capacity || SCounted::s_live != 0)
         return fail(L"Nach Entfernen des letzten Elements ist der End-Zeiger nicht null");
-    try
-    {
-        array.RemoveLast();
+    if (!throws<CbExceptionContainer>([&] { array.RemoveLast(); }))
         return fail(L"RemoveLast auf leerem Array wird nicht abgelehnt");
-    }
-    catch (const CbExceptionContainer&)
-    {
-    }
     array.Add(SCounted(1));
     array.RemoveAll();
     if (array.GetData() || array.GetCapacity() || array.GetCount() || SCounted::s_live != 0)
@@ -945,14 +731,8 @@ ZqUnitTest::EResult CbArray_UnitTest::runHugeAllocation()
 {
     // More than a std::size_t can count: rejected before the allocator is asked.
     CbArray<SBeyondAddressSpace> beyond;
-    try
-    {
-        beyond.Reserve(UINT_MAX);
+    if (!throws<CbExceptionMemory>([&] { beyond.Reserve(UINT_MAX); }))
         return fail(L"Überlauf der Blockgröße wird nicht gemeldet");
-    }
-    catch (const CbExceptionMemory&)
-    {
-    }
     if (beyond.GetData() || beyond.GetCapacity())
         return fail(L"Überlauf der Blockgröße hinterlässt einen Block");
 
@@ -966,14 +746,8 @@ ZqUnitTest::EResult CbArray_UnitTest::runHugeAllocation()
 
     // 2^62 bytes on an empty array.
     CbArray<SGigabyte> gigabytes;
-    try
-    {
-        gigabytes.SetCapacity(UINT_MAX);
+    if (!throws<CbExceptionMemory>([&] { gigabytes.SetCapacity(UINT_MAX); }))
         return fail(L"Unerfüllbare Allokation wird nicht gemeldet");
-    }
-    catch (const CbExceptionMemory&)
-    {
-    }
     if (gigabytes.GetData() || gigabytes.GetCapacity())
         return fail(L"Unerfüllbare Allokation hinterlässt einen Block");
 
@@ -1053,162 +827,4 @@ ZqUnitTest::EResult CbArray_UnitTest::runGrow()
     if (sized.GetCapacity() != 10 || sized.GetCount() != 10)
         return fail(L"Reserve oder FreeExtra falsch");
     return ePassed;
-}
-
-CString CbArray_UnitTest::getBenchmarkName(unsigned int index)
-{
-    return index < kBenchmarkCount ? CString(kBenchmarkNames[index]) : CString();
-}
-
-unsigned int CbArray_UnitTest::getGroup(unsigned int index) const
-{
-    switch (index)
-    {
-    case 2:
-    case 3:
-    case 6:
-    case 7:
-    case 16:
-    case 17:
-    case 20:
-    case 21:
-        return 1;
-    case 8:
-    case 9:
-    case 12:
-    case 13:
-    case 22:
-    case 23:
-    case 24:
-    case 27:
-    case 28:
-    case 29:
-        return 2;
-    default:
-        return 0;
-    }
-}
-
-void CbArray_UnitTest::onBeforeRun()
-{
-    WriteMessage(eInfo,
-                 L"Benchmark C-Array vs. CbArray vs. CbArray vs. CArray vs. CAtlArray vs. std::vector");
-    m_cArray = std::make_unique<int[]>(kBenchmarkElements);
-    m_cbArray.SetCapacity(kBenchmarkElements);
-    m_vector.reserve(kBenchmarkElements);
-    for (unsigned int i = 0; i < kBenchmarkElements; ++i)
-    {
-        const int value = static_cast<int>(i);
-        m_cArray[i] = value;
-        m_cbArray.Add(value);
-        m_vector.push_back(value);
-        m_concurrentVector.push_back(value);
-    }
-}
-
-void CbArray_UnitTest::onAfterRun(bool)
-{
-    m_cArray.reset();
-    m_cbArray.RemoveAll();
-    std::vector<int>().swap(m_vector);
-    tbb::concurrent_vector<int>().swap(m_concurrentVector);
-}
-
-bool CbArray_UnitTest::runBenchmark(unsigned int index, SBenchmarkData& data)
-{
-    const unsigned int n = kBenchmarkElements;
-    const int* cArray = m_cArray.get();
-    CbTimer timer;
-    long long sum = 0;
-    switch (index)
-    {
-    case 0:
-        sum = sumIndexForward(cArray, n);
-        break;
-    case 1:
-        sum = sumIndexBackward(cArray, n);
-        break;
-    case 2:
-        sum = sumPointerForward(cArray, n);
-        break;
-    case 3:
-        sum = sumPointerBackward(cArray, n);
-        break;
-    case 4:
-        sum = sumIndexForward(m_cbArray, n);
-        break;
-    case 5:
-        sum = sumIndexBackward(m_cbArray, n);
-        break;
-    case 6:
-        sum = sumPointerForward(m_cbArray.GetData(), n);
-        break;
-    case 7:
-        sum = sumPointerBackward(m_cbArray.GetData(), n);
-        break;
-    case 8:
-        sum = sumIteratorForward(m_cbArray);
-        break;
-    case 9:
-        sum = sumIteratorBackward(m_cbArray);
-        break;
-    case 10:
-        sum = sumIndexForward(m_vector, n);
-        break;
-    case 11:
-        sum = sumIndexBackward(m_vector, n);
-        break;
-    case 12:
-        sum = sumIteratorForward(m_vector);
-        break;
-    case 13:
-        sum = sumIteratorBackward(m_vector);
-        break;
-    case 14:
-    case 15:
-    case 16:
-    case 17:
-    case 18:
-    case 19:
-    case 20:
-    case 21:
-        // The platform's class-library arrays have no counterpart here.
-        data.notAvailable = true;
-        return true;
-    case 22:
-        sum = sumRangeBased(m_cbArray);
-        break;
-    case 23:
-        sum = sumRangeBased(m_cbArray.Reversed());
-        break;
-    case 24:
-        sum = sumRangeBased(m_vector);
-        break;
-    case 25:
-        sum = sumIndexForward(m_concurrentVector, n);
-        break;
-    case 26:
-        sum = sumIndexBackward(m_concurrentVector, n);
-        break;
-    case 27:
-        sum = sumIteratorForward(m_concurrentVector);
-        break;
-    case 28:
-        sum = sumIteratorBackward(m_concurrentVector);
-        break;
-    case 29:
-        sum = sumRangeBased(m_concurrentVector);
-        break;
-    default:
-        WriteMessage(eError, L"Unbekannter Benchmark");
-        return false;
-    }
-    data.AddSample(timer.GetElapsedSeconds());
-    data.result = static_cast<double>(sum);
-    if (sum != kBenchmarkSum)
-    {
-        WriteMessage(eError, L"Summe ist nicht korrekt");
-        return false;
-    }
-    return true;
 }
