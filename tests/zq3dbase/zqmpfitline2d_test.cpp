@@ -140,8 +140,8 @@ TYPED_TEST(ZqMpFitLine2DTest, PlainAndRobustStoreTheCoefficientsInOppositeOrder)
 {
     SFit<TypeParam> f({{0, 0.5f}, {2, 1.5f}, {4, 2.5f}, {6, 3.5f}});
     ASSERT_TRUE(f.Run(false));
-    EXPECT_EQ(f.fit.coefficient1, 0.5f);     // intercept
-    EXPECT_EQ(f.fit.coefficient2, 0.5f * 1); // slope
+    EXPECT_EQ(f.fit.coefficient1, 0.5f); // intercept
+    EXPECT_EQ(f.fit.coefficient2, 0.5f); // slope
     EXPECT_EQ(f.fit.line(10), 5.5f);
     EXPECT_EQ(f.fit.sigma, 0);
     EXPECT_EQ(f.fit.inlierWeight, 0);
