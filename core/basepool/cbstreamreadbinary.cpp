@@ -4,6 +4,8 @@
 
 #include <cerrno>
 #include <cstring>
+#include <limits>
+#include <sys/stat.h>
 
 CbStreamReadBinary::CbStreamReadBinary(const void* data, std::size_t size, unsigned int version)
     : m_data(static_cast<const unsigned char*>(data)), m_size(size), m_version(version)
@@ -22,6 +24,12 @@ CbStreamReadBinary::CbStreamReadBinary(const std::string& path, unsigned int ver
     if (!m_file)
         CB_THROW(CbExceptionFile, "CbStreamReadBinary::CbStreamReadBinary",
                  "cannot open " + path + ": " + std::strerror(errno));
+    struct stat status = {};
+    if (fstat(fileno(m_file), &status) == 0 && S_ISREG(status.st_mode))
+    {
+        m_fileSize = static_cast<std::uint64_t>(status.st_size);
+        m_fileSizeKnown = true;
+    }
 }
 
 CbStreamReadBinary::~CbStreamReadBinary()
@@ -78,6 +86,15 @@ std::uint32_t CbStreamReadBinary::ReadCount(unsigned int)
     std::uint32_t count = 0;
     Read(count);
     return count;
+}
+
+std::uint64_t CbStreamReadBinary::GetRemaining() const
+{
+    if (!m_file)
+        return m_size - m_position;
+    if (!m_fileSizeKnown)
+        return std::numeric_limits<std::uint64_t>::max();
+    return m_fileSize > m_position ? m_fileSize - m_position : 0;
 }
 
 bool CbStreamReadBinary::IsAtEnd()

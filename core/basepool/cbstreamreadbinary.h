@@ -37,8 +37,14 @@ public:
     // True when every byte has been read.
     bool IsAtEnd();
     std::uint64_t GetPosition() const { return m_position; }
+    // Bytes left to read; for a file that is not a regular file (a pipe) the largest uint64 value.
+    // Readers check a count against it before they allocate for it.
+    std::uint64_t GetRemaining() const;
 
-    template <class T> CbStreamReadBinary& operator>>(T& value)
+    // Reads anything Read accepts; other types (arrays, ...) bring operator>> of their own.
+    template <class T>
+    requires requires(CbStreamReadBinary& stream, T& value) { stream.Read(value); }
+    CbStreamReadBinary& operator>>(T& value)
     {
         Read(value);
         return *this;
@@ -49,6 +55,8 @@ private:
     std::size_t m_size = 0;
     std::FILE* m_file = nullptr;
     std::string m_path;
+    std::uint64_t m_fileSize = 0;
+    bool m_fileSizeKnown = false;
     unsigned int m_version;
     std::uint64_t m_position = 0;
 };

@@ -46,7 +46,10 @@ public:
     // is then left as it was). Does nothing for a memory stream.
     void Close();
 
-    template <class T> CbStreamWriteBinary& operator<<(const T& value)
+    // Writes anything Write accepts; other types (arrays, ...) bring operator<< of their own.
+    template <class T>
+    requires requires(CbStreamWriteBinary& stream, const T& value) { stream.Write(value); }
+    CbStreamWriteBinary& operator<<(const T& value)
     {
         Write(value);
         return *this;

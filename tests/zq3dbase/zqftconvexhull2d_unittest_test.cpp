@@ -1,0 +1,100 @@
+// Runs the module's ZqFtConvexHull2D_UnitTest through the registry, as the runner does: its seven
+// subtests pass, a replayed seed runs one case, and indices past the last throw.
+
+#include "basepool/cbexception.h"
+#include "basepool/cbfactory.h"
+#include "zqbase/cbtimer.h"
+#include "zqbase/zqtestenvironment.h"
+#include "zqbase/zqunittest.h"
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+
+namespace
+{
+class ConvexHullUnitTestModule : public ::testing::Test
+{
+protected:
+    static void SetUpTestSuite()
+    {
+        s_module = dlopen(ZQ_BINARY_DIR "/libZqUnitTests.so", RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(s_module, nullptr) << dlerror();
+    }
+    static void TearDownTestSuite()
+    {
+        if (s_module)
+            dlclose(s_module);
+        s_module = nullptr;
+    }
+    void SetUp() override
+    {
+        m_test = CbFactory::CreateAs<ZqUnitTest>(L"ZqFtConvexHull2D_UnitTest");
+        ASSERT_TRUE(m_test);
+        m_test->PreallocateStaticData();
+        m_test->InitSubtests();
+    }
+    void TearDown() override { ZqTestEnvironment::SetReplaySeed(std::nullopt); }
+
+    std::string messages() const
+    {
+        std::string text;
+        for (const auto& message : m_test->GetMessageStream().Take())
+            text += CbWideToUtf8(message.text.Std());
+        return text;
+    }
+
+    static void* s_module;
+    std::unique_ptr<ZqUnitTest> m_test;
+};
+void* ConvexHullUnitTestModule::s_module = nullptr;
+} // namespace
+
+TEST_F(ConvexHullUnitTestModule, EverySubtestPasses)
+{
+    ASSERT_EQ(m_test->GetSubtestCount(), 7u);
+    EXPECT_EQ(m_test->GetSubtestName(3), CString(L"Konvexe Hülle von zufälligen Punkten"));
+    for (unsigned int i = 0; i < 7; ++i)
+    {
+        const CbTimer timer;
+        EXPECT_EQ(m_test->RunUnitTest(i), ZqUnitTest::ePassed)
+            << CbWideToUtf8(m_test->GetSubtestName(i).Std()) << "\n"
+            << messages();
+        std::cout << "subtest " << i << ": " << timer.GetElapsedSeconds() << " s\n";
+    }
+}
+
+TEST_F(ConvexHullUnitTestModule, IndexPastTheLastThrowsNamingTheFunction)
+{
+    try
+    {
+        m_test->RunUnitTest(7);
+        FAIL() << "no exception";
+    }
+    catch (const CbException& e)
+    {
+        EXPECT_STREQ(e.GetFunction(), "ZqFtConvexHull2D_UnitTest::runUnitTest");
+        EXPECT_STREQ(e.GetFile(), "core/zqlibraries/zq3dbase/zqftconvexhull2d_unittest.cpp");
+    }
+    try
+    {
+        m_test->GetSubtestName(7);
+        FAIL() << "no exception";
+    }
+    catch (const CbException& e)
+    {
+        EXPECT_STREQ(e.GetFunction(), "ZqFtConvexHull2D_UnitTest::getSubtestName");
+    }
+}
+
+TEST_F(ConvexHullUnitTestModule, ReplayedSeedRunsOneCase)
+{
+    // 5000 cases take far longer than one; compare the run times of both forms.
+    CbTimer timer;
+    ASSERT_EQ(m_test->RunUnitTest(5), ZqUnitTest::ePassed);
+    const double all = timer.GetElapsedSeconds();
+    ZqTestEnvironment::SetReplaySeed(0x9E3779B9u);
+    timer.Reset();
+    ASSERT_EQ(m_test->RunUnitTest(5), ZqUnitTest::ePassed);
+    EXPECT_LT(timer.GetElapsedSeconds() * 100, all);
+    EXPECT_EQ(messages(), "");
+}
