@@ -4,8 +4,8 @@
 
 // A set of flags of the enumeration E, kept as the bits of its underlying type.
 //
-//     CbFlags<ZqEigenSolver<double>::EFlags> flags = ZqEigenSolver<double>::eF_Sort;
-//     flags |= ZqEigenSolver<double>::eF_Vectors;
+//     CbFlags<ZqEigenSolver<double>::EFlags> flags = ZqEigenSolver<double>::eF_Symmetric;
+//     flags |= ZqEigenSolver<double>::eF_SortAscending;
 template <class E> class CbFlags
 {
 public:

@@ -16,7 +16,7 @@
 //
 // Flags are the bits of any enumeration the derived algorithm declares:
 //
-//     solver.SetFlags(CbFlags<ZqEigenSolver<double>::EFlags>(ZqEigenSolver<double>::eF_Vectors));
+//     fit.SetFlags(CbFlags<ZqMpFitBase::EFlags>(ZqMpFitBase::eF_Robust));
 //
 // The unit-test hooks let file-based tests store an algorithm's input and output and compare a
 // fresh result with a stored one.
