@@ -212,6 +212,9 @@ TEST(ZqTestCommandLine, AReportedSeedIsReplayed)
     EXPECT_EQ(RunZqTest({"--filter", "ZqFixtureRandom_UnitTest", "--random-seed", "-1294967296", kFixture})
                   .exitCode,
               0);
+    EXPECT_EQ(
+        RunZqTest({"--filter", "ZqFixtureRandom_UnitTest", kFixture}, "ZQ_RANDOM_SEED=-1294967296").exitCode,
+        0);
 }
 
 TEST(ZqTestCommandLine, RecreateReportsTheReferencesAndSkipsWhatCannotBeRecreated)

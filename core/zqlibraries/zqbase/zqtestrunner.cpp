@@ -271,7 +271,8 @@ int CRunner::run(const std::vector<SPlan>& plans)
         m_options.jobs = std::max(1u, std::thread::hardware_concurrency());
     if (m_options.dataDirectory)
         ZqTestEnvironment::SetDataRoot(*m_options.dataDirectory);
-    ZqTestEnvironment::SetReplaySeed(m_options.randomSeed);
+    if (m_options.randomSeed)
+        ZqTestEnvironment::SetReplaySeed(m_options.randomSeed);
     ZqTestEnvironment::SetDebugOutputEnabled(m_options.debugImages);
     const CScratch scratch;
 
@@ -408,7 +409,8 @@ int runChild(const ZqTestOptions& options)
         catalog.LoadModule(module);
     if (options.dataDirectory)
         ZqTestEnvironment::SetDataRoot(*options.dataDirectory);
-    ZqTestEnvironment::SetReplaySeed(options.randomSeed);
+    if (options.randomSeed)
+        ZqTestEnvironment::SetReplaySeed(options.randomSeed);
     ZqTestEnvironment::SetDebugOutputEnabled(options.debugImages);
     if (!options.childScratch.empty())
     {
