@@ -1,126 +1,118 @@
 #include "basepool/cstring.h"
 
 #include "basepool/cbexception.h"
+#include "basepool/cbutf8.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cwchar>
 #include <cwctype>
 #include <locale.h>
 
 namespace
 {
-// The C locale with UTF-8 character handling: numbers format as in C, "%ls" in a narrow format
-// and "%s" of narrow text in a wide format convert through UTF-8, and case folding knows umlauts.
+// Case mappings come from the C.UTF-8 locale, which knows umlauts and every other script; without
+// it only ASCII letters change case.
 locale_t utf8Locale()
 {
-    static locale_t locale = []
+    static const locale_t locale = []
     {
         for (const char* name : {"C.UTF-8", "C.utf8", "en_US.UTF-8"})
-            if (locale_t l = newlocale(LC_ALL_MASK, name, nullptr))
+            if (locale_t l = newlocale(LC_CTYPE_MASK, name, nullptr))
                 return l;
         return static_cast<locale_t>(nullptr);
     }();
     return locale;
 }
 
-class CUtf8Scope
+char32_t foldLower(char32_t ch)
 {
-public:
-    CUtf8Scope() : m_previous(utf8Locale() ? uselocale(utf8Locale()) : nullptr) {}
-    ~CUtf8Scope()
-    {
-        if (m_previous)
-            uselocale(m_previous);
-    }
+    const auto w = static_cast<wint_t>(ch);
+    return utf8Locale() ? towlower_l(w, utf8Locale()) : std::towlower(w);
+}
 
-private:
-    locale_t m_previous;
+char32_t foldUpper(char32_t ch)
+{
+    const auto w = static_cast<wint_t>(ch);
+    return utf8Locale() ? towupper_l(w, utf8Locale()) : std::towupper(w);
+}
+
+// One character of a string: a wchar_t of wide text, a UTF-8 sequence of narrow text. A byte of
+// narrow text that starts no well-formed sequence is a character of its own with the code
+// kRawByte + byte, which no real character has, so such bytes survive every operation unchanged.
+constexpr char32_t kRawByte = 0x110000;
+
+struct SChar
+{
+    std::size_t length;
+    char32_t code;
 };
 
-wchar_t foldLower(wchar_t ch)
+SChar nextChar(const std::wstring& s, std::size_t pos)
 {
-    return utf8Locale() ? static_cast<wchar_t>(towlower_l(ch, utf8Locale()))
-                        : static_cast<wchar_t>(std::towlower(ch));
+    return {1, static_cast<char32_t>(s[pos])};
 }
 
-wchar_t foldUpper(wchar_t ch)
+SChar nextChar(const std::string& s, std::size_t pos)
 {
-    return utf8Locale() ? static_cast<wchar_t>(towupper_l(ch, utf8Locale()))
-                        : static_cast<wchar_t>(std::towupper(ch));
+    const auto* bytes = reinterpret_cast<const unsigned char*>(s.data()) + pos;
+    char32_t cp;
+    const std::size_t length = CbUtf8::Decode(bytes, s.size() - pos, cp);
+    if (cp == CbUtf8::kIllFormed)
+        return {1, kRawByte + bytes[0]};
+    return {length, cp};
 }
 
-// Rewrites a format of the original platform into one of the C library. wide: the format is wide,
-// so an unqualified %s/%c means wide text.
-template <class CharT> std::basic_string<CharT> translateFormat(const CharT* format, bool wide)
+// The characters of a delimiter or trim set.
+template <class CharT> std::u32string codesOf(const CharT* chars)
+{
+    std::u32string codes;
+    if (!chars)
+        return codes;
+    const std::basic_string<CharT> text(chars);
+    for (std::size_t pos = 0; pos < text.size();)
+    {
+        const SChar c = nextChar(text, pos);
+        codes += c.code;
+        pos += c.length;
+    }
+    return codes;
+}
+
+bool contains(const std::u32string& set, char32_t code)
+{
+    return set.find(code) != std::u32string::npos;
+}
+
+void appendCode(std::wstring& out, char32_t code)
+{
+    out += static_cast<wchar_t>(code);
+}
+
+void appendCode(std::string& out, char32_t code)
+{
+    if (code >= kRawByte)
+        out += static_cast<char>(code - kRawByte);
+    else
+        CbUtf8::Append(out, code);
+}
+
+// Applies fold to every character; raw bytes and values outside Unicode stay as they are.
+template <class CharT> void mapCase(std::basic_string<CharT>& text, char32_t (*fold)(char32_t))
 {
     std::basic_string<CharT> out;
-    const CharT* p = format;
-    while (*p)
+    out.reserve(text.size());
+    for (std::size_t pos = 0; pos < text.size();)
     {
-        if (*p != '%')
-        {
-            out += *p++;
-            continue;
-        }
-        out += *p++;
-        if (*p == '%')
-        {
-            out += *p++;
-            continue;
-        }
-        while (*p == '-' || *p == '+' || *p == ' ' || *p == '#' || *p == '0')
-            out += *p++;
-        while (*p == '*' || (*p >= '0' && *p <= '9'))
-            out += *p++;
-        if (*p == '.')
-        {
-            out += *p++;
-            while (*p == '*' || (*p >= '0' && *p <= '9'))
-                out += *p++;
-        }
-        std::basic_string<CharT> length;
-        if (p[0] == 'I' && p[1] == '6' && p[2] == '4')
-        {
-            length = {'l', 'l'};
-            p += 3;
-        }
-        else if (p[0] == 'I' && p[1] == '3' && p[2] == '2')
-            p += 3;
-        else if (p[0] == 'I' && p[1] != 0)
-        {
-            length = {'z'};
-            p += 1;
-        }
-        else
-            while (*p == 'h' || *p == 'l' || *p == 'L' || *p == 'z' || *p == 'j' || *p == 't' || *p == 'q')
-                length += *p++;
-        CharT conversion = *p;
-        if (!conversion)
-            break;
-        ++p;
-        const bool text = conversion == 's' || conversion == 'S' || conversion == 'c' || conversion == 'C';
-        if (!text)
-        {
-            out += length;
-            out += conversion;
-            continue;
-        }
-        bool wideArgument;
-        if (length == std::basic_string<CharT>{'h'})
-            wideArgument = false;
-        else if (length == std::basic_string<CharT>{'l'} || length == std::basic_string<CharT>{'w'})
-            wideArgument = true;
-        else
-            wideArgument = (conversion == 's' || conversion == 'c') == wide;
-        if (wideArgument)
-            out += 'l';
-        out += static_cast<CharT>(conversion == 's' || conversion == 'S' ? 's' : 'c');
+        const SChar c = nextChar(text, pos);
+        appendCode(out, c.code <= 0x10FFFF ? fold(c.code) : c.code);
+        pos += c.length;
     }
-    return out;
+    text.swap(out);
 }
 
-constexpr std::size_t kMaxFormatted = std::size_t(1) << 26;
+template <class CharT> std::size_t length(const CharT* s)
+{
+    return s ? std::char_traits<CharT>::length(s) : 0;
+}
 } // namespace
 
 std::wstring CbUtf8ToWide(std::string_view text)
@@ -128,43 +120,11 @@ std::wstring CbUtf8ToWide(std::string_view text)
     std::wstring out;
     out.reserve(text.size());
     const auto* s = reinterpret_cast<const unsigned char*>(text.data());
-    const std::size_t n = text.size();
-    for (std::size_t i = 0; i < n;)
+    for (std::size_t i = 0; i < text.size();)
     {
-        unsigned char c = s[i];
-        int extra = c < 0x80 ? 0 : (c >> 5) == 0x6 ? 1 : (c >> 4) == 0xE ? 2 : (c >> 3) == 0x1E ? 3 : -1;
-        if (extra == 0)
-        {
-            out += static_cast<wchar_t>(c);
-            ++i;
-            continue;
-        }
-        if (extra < 0 || i + extra >= n)
-        {
-            out += L'\xFFFD';
-            ++i;
-            continue;
-        }
-        char32_t cp = c & (0x3F >> extra);
-        bool ok = true;
-        for (int k = 1; k <= extra; ++k)
-        {
-            if ((s[i + k] & 0xC0) != 0x80)
-            {
-                ok = false;
-                break;
-            }
-            cp = (cp << 6) | (s[i + k] & 0x3F);
-        }
-        static const char32_t minimum[] = {0, 0x80, 0x800, 0x10000};
-        if (!ok || cp < minimum[extra] || cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
-        {
-            out += L'\xFFFD';
-            ++i;
-            continue;
-        }
-        out += static_cast<wchar_t>(cp);
-        i += extra + 1;
+        char32_t cp;
+        i += CbUtf8::Decode(s + i, text.size() - i, cp);
+        out += static_cast<wchar_t>(cp == CbUtf8::kIllFormed ? CbUtf8::kReplacement : cp);
     }
     return out;
 }
@@ -173,103 +133,14 @@ std::string CbWideToUtf8(std::wstring_view text)
 {
     std::string out;
     out.reserve(text.size());
-    for (wchar_t wc : text)
+    for (std::size_t i = 0; i < text.size();)
     {
-        auto cp = static_cast<char32_t>(wc);
-        if (cp > 0x10FFFF || (cp >= 0xD800 && cp <= 0xDFFF))
-            cp = 0xFFFD;
-        if (cp < 0x80)
-            out += static_cast<char>(cp);
-        else if (cp < 0x800)
-        {
-            out += static_cast<char>(0xC0 | (cp >> 6));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        }
-        else if (cp < 0x10000)
-        {
-            out += static_cast<char>(0xE0 | (cp >> 12));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        }
-        else
-        {
-            out += static_cast<char>(0xF0 | (cp >> 18));
-            out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-            out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-            out += static_cast<char>(0x80 | (cp & 0x3F));
-        }
+        char32_t cp;
+        i += CbUtf8::DecodeWide(text.data() + i, text.size() - i, cp);
+        CbUtf8::Append(out, cp);
     }
     return out;
 }
-
-std::wstring CbFormatV(const wchar_t* format, va_list args)
-{
-    if (!format)
-        CB_THROW(CbExceptionPreconditionViolation, "CbFormatV", "null format");
-    const std::wstring translated = translateFormat(format, true);
-    CUtf8Scope scope;
-    std::wstring buffer(256, L'\0');
-    for (;;)
-    {
-        va_list copy;
-        va_copy(copy, args);
-        int written = std::vswprintf(buffer.data(), buffer.size(), translated.c_str(), copy);
-        va_end(copy);
-        if (written >= 0)
-        {
-            buffer.resize(static_cast<std::size_t>(written));
-            return buffer;
-        }
-        // vswprintf does not tell a short buffer from an encoding error; grow up to a sane limit.
-        if (buffer.size() >= kMaxFormatted)
-            CB_THROW(CbExceptionPreconditionViolation, "CbFormatV", "format error or text too long");
-        buffer.resize(buffer.size() * 4);
-    }
-}
-
-std::string CbFormatV(const char* format, va_list args)
-{
-    if (!format)
-        CB_THROW(CbExceptionPreconditionViolation, "CbFormatV", "null format");
-    const std::string translated = translateFormat(format, false);
-    CUtf8Scope scope;
-    va_list copy;
-    va_copy(copy, args);
-    int needed = std::vsnprintf(nullptr, 0, translated.c_str(), copy);
-    va_end(copy);
-    if (needed < 0)
-        CB_THROW(CbExceptionPreconditionViolation, "CbFormatV", "format error");
-    std::string buffer(static_cast<std::size_t>(needed) + 1, '\0');
-    va_copy(copy, args);
-    std::vsnprintf(buffer.data(), buffer.size(), translated.c_str(), copy);
-    va_end(copy);
-    buffer.resize(static_cast<std::size_t>(needed));
-    return buffer;
-}
-
-namespace
-{
-template <class CharT> std::wstring toWide(const std::basic_string<CharT>& s)
-{
-    if constexpr (std::is_same_v<CharT, wchar_t>)
-        return s;
-    else
-        return CbUtf8ToWide(s);
-}
-
-template <class CharT> std::basic_string<CharT> fromWide(const std::wstring& s)
-{
-    if constexpr (std::is_same_v<CharT, wchar_t>)
-        return s;
-    else
-        return CbWideToUtf8(s);
-}
-
-template <class CharT> std::size_t length(const CharT* s)
-{
-    return s ? std::char_traits<CharT>::length(s) : 0;
-}
-} // namespace
 
 template <class CharT> CbStringT<CharT>::CbStringT(const OtherChar* text)
 {
@@ -286,11 +157,21 @@ CbStringT<CharT>::CbStringT(const CbStringT<OtherChar>& other) : CbStringT(other
 {
 }
 
-template <class CharT> std::size_t CbStringT<CharT>::checkedIndex(int index) const
+template <class CharT> CharT CbStringT<CharT>::GetAt(int index) const
+{
+    // As in MFC, the terminator at GetLength() may be read.
+    if (index < 0 || index > GetLength())
+        CB_THROW(CbExceptionPreconditionViolation, "CbStringT::GetAt",
+                 "index " + std::to_string(index) + " outside 0.." + std::to_string(GetLength()));
+    return m_text.c_str()[index];
+}
+
+template <class CharT> void CbStringT<CharT>::SetAt(int index, CharT ch)
 {
     if (index < 0 || index >= GetLength())
-        CB_THROW(CbExceptionPreconditionViolation, "CbStringT::GetAt", "index out of range");
-    return static_cast<std::size_t>(index);
+        CB_THROW(CbExceptionPreconditionViolation, "CbStringT::SetAt",
+                 "index " + std::to_string(index) + " outside 0.." + std::to_string(GetLength() - 1));
+    m_text[static_cast<std::size_t>(index)] = ch;
 }
 
 template <class CharT> bool CbStringT<CharT>::isSpace(CharT ch)
@@ -383,28 +264,27 @@ template <class CharT> int CbStringT<CharT>::Replace(const CharT* oldText, const
 
 template <class CharT> CbStringT<CharT>& CbStringT<CharT>::MakeLower()
 {
-    std::wstring w = toWide(m_text);
-    for (wchar_t& c : w)
-        c = foldLower(c);
-    m_text = fromWide<CharT>(w);
+    mapCase(m_text, foldLower);
     return *this;
 }
 
 template <class CharT> CbStringT<CharT>& CbStringT<CharT>::MakeUpper()
 {
-    std::wstring w = toWide(m_text);
-    for (wchar_t& c : w)
-        c = foldUpper(c);
-    m_text = fromWide<CharT>(w);
+    mapCase(m_text, foldUpper);
     return *this;
 }
 
 template <class CharT> CbStringT<CharT>& CbStringT<CharT>::MakeReverse()
 {
-    // Reverse characters, not bytes, so that narrow UTF-8 text stays valid.
-    std::wstring w = toWide(m_text);
-    std::reverse(w.begin(), w.end());
-    m_text = fromWide<CharT>(w);
+    // Characters, not code units, change places, so that narrow UTF-8 text stays valid.
+    StdString reversed(m_text.size(), CharT());
+    for (std::size_t pos = 0; pos < m_text.size();)
+    {
+        const SChar c = nextChar(m_text, pos);
+        std::copy_n(m_text.begin() + pos, c.length, reversed.end() - pos - c.length);
+        pos += c.length;
+    }
+    m_text.swap(reversed);
     return *this;
 }
 
@@ -423,7 +303,16 @@ template <class CharT> CbStringT<CharT>& CbStringT<CharT>::TrimLeft(CharT ch)
 
 template <class CharT> CbStringT<CharT>& CbStringT<CharT>::TrimLeft(const CharT* chars)
 {
-    m_text.erase(0, std::min(m_text.find_first_not_of(chars ? chars : StdString().c_str()), m_text.size()));
+    const std::u32string set = codesOf(chars);
+    std::size_t pos = 0;
+    while (pos < m_text.size())
+    {
+        const SChar c = nextChar(m_text, pos);
+        if (!contains(set, c.code))
+            break;
+        pos += c.length;
+    }
+    m_text.erase(0, pos);
     return *this;
 }
 
@@ -442,8 +331,17 @@ template <class CharT> CbStringT<CharT>& CbStringT<CharT>::TrimRight(CharT ch)
 
 template <class CharT> CbStringT<CharT>& CbStringT<CharT>::TrimRight(const CharT* chars)
 {
-    const std::size_t last = m_text.find_last_not_of(chars ? chars : StdString().c_str());
-    m_text.erase(last == StdString::npos ? 0 : last + 1);
+    // Narrow text is walked forwards: only there are its character boundaries known.
+    const std::u32string set = codesOf(chars);
+    std::size_t keep = 0;
+    for (std::size_t pos = 0; pos < m_text.size();)
+    {
+        const SChar c = nextChar(m_text, pos);
+        pos += c.length;
+        if (!contains(set, c.code))
+            keep = pos;
+    }
+    m_text.erase(keep);
     return *this;
 }
 
@@ -486,10 +384,15 @@ template <class CharT> int CbStringT<CharT>::ReverseFind(CharT ch) const
 
 template <class CharT> int CbStringT<CharT>::FindOneOf(const CharT* chars) const
 {
-    if (!chars)
-        return -1;
-    const std::size_t pos = m_text.find_first_of(chars);
-    return pos == StdString::npos ? -1 : static_cast<int>(pos);
+    const std::u32string set = codesOf(chars);
+    for (std::size_t pos = 0; pos < m_text.size();)
+    {
+        const SChar c = nextChar(m_text, pos);
+        if (contains(set, c.code))
+            return static_cast<int>(pos);
+        pos += c.length;
+    }
+    return -1;
 }
 
 template <class CharT> CbStringT<CharT> CbStringT<CharT>::Mid(int first) const
@@ -526,94 +429,28 @@ template <class CharT> std::vector<CbStringT<CharT>> CbStringT<CharT>::Split(con
 
 template <class CharT> CbStringT<CharT> CbStringT<CharT>::Tokenize(const CharT* delimiters, int& start) const
 {
-    const StdString delims = delimiters ? delimiters : StdString();
-    if (start < 0 || start >= GetLength())
+    const std::u32string set = codesOf(delimiters);
+    std::size_t pos = start < 0 ? m_text.size() : static_cast<std::size_t>(start);
+    while (pos < m_text.size())
+    {
+        const SChar c = nextChar(m_text, pos);
+        if (!contains(set, c.code))
+            break;
+        pos += c.length;
+    }
+    if (pos >= m_text.size())
     {
         start = -1;
         return CbStringT();
     }
-    const std::size_t first = m_text.find_first_not_of(delims, static_cast<std::size_t>(start));
-    if (first == StdString::npos)
-    {
-        start = -1;
-        return CbStringT();
-    }
-    std::size_t last = m_text.find_first_of(delims, first);
-    if (last == StdString::npos)
-        last = m_text.size();
-    start = static_cast<int>(std::min(last + 1, m_text.size()));
-    if (last == m_text.size())
-        start = GetLength();
-    return CbStringT(m_text.substr(first, last - first));
-}
-
-template <class CharT> void CbStringT<CharT>::Format(const CharT* format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    try
-    {
-        m_text = CbFormatV(format, args);
-    }
-    catch (...)
-    {
-        va_end(args);
-        throw;
-    }
-    va_end(args);
-}
-
-template <class CharT> void CbStringT<CharT>::AppendFormat(const CharT* format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    try
-    {
-        m_text += CbFormatV(format, args);
-    }
-    catch (...)
-    {
-        va_end(args);
-        throw;
-    }
-    va_end(args);
+    const std::size_t first = pos;
+    SChar c{0, 0};
+    while (pos < m_text.size() && !contains(set, (c = nextChar(m_text, pos)).code))
+        pos += c.length;
+    // Past the delimiter that ended the token, or one past the end, as MFC does.
+    start = static_cast<int>(pos + (pos < m_text.size() ? c.length : 1));
+    return CbStringT(m_text.substr(first, pos - first));
 }
 
 template class CbStringT<wchar_t>;
 template class CbStringT<char>;
-
-CString CbFormat(const wchar_t* format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    CString result;
-    try
-    {
-        result.FormatV(format, args);
-    }
-    catch (...)
-    {
-        va_end(args);
-        throw;
-    }
-    va_end(args);
-    return result;
-}
-
-CStringA CbFormat(const char* format, ...)
-{
-    va_list args;
-    va_start(args, format);
-    CStringA result;
-    try
-    {
-        result.FormatV(format, args);
-    }
-    catch (...)
-    {
-        va_end(args);
-        throw;
-    }
-    va_end(args);
-    return result;
-}

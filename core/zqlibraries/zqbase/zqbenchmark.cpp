@@ -47,7 +47,7 @@ bool ZqBenchmark::RunBenchmark()
 
     std::map<unsigned int, double> fastest;
     for (unsigned int i = 0; i < count; ++i)
-        if (passed[i] && data[i].runs)
+        if (passed[i] && data[i].runs && !data[i].notAvailable)
         {
             auto [it, inserted] = fastest.emplace(getGroup(i), data[i].minimum);
             if (!inserted)

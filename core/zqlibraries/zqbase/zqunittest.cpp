@@ -1,7 +1,5 @@
 #include "zqbase/zqunittest.h"
 
-#include <cstdarg>
-
 CB_IMPLEMENT_RTTI(ZqUnitTest);
 
 namespace
@@ -30,24 +28,6 @@ void ZqUnitTest::PreallocateStaticData() {}
 void ZqUnitTest::WriteMessage(EMessageType type, const CString& text) const
 {
     m_stream->Write(type, text);
-}
-
-void ZqUnitTest::WriteMessageFormat(EMessageType type, const wchar_t* format, ...) const
-{
-    va_list args;
-    va_start(args, format);
-    CString text;
-    try
-    {
-        text.FormatV(format, args);
-    }
-    catch (...)
-    {
-        va_end(args);
-        throw;
-    }
-    va_end(args);
-    WriteMessage(type, text);
 }
 
 void ZqUnitTest::SetMessageStream(const ZqUnitTest& other) const
@@ -100,21 +80,8 @@ void ZqMessageStream::SetSink(Sink sink)
     m_sink = std::move(sink);
 }
 
-ZqUnitTest::EResult ZqFail(const wchar_t* format, ...)
+ZqUnitTest::EResult ZqFailText(const CString& text)
 {
-    va_list args;
-    va_start(args, format);
-    CString text;
-    try
-    {
-        text.FormatV(format, args);
-    }
-    catch (...)
-    {
-        va_end(args);
-        throw;
-    }
-    va_end(args);
     if (const ZqUnitTest* test = ZqUnitTest::GetRunning())
         test->WriteMessage(ZqUnitTest::eError, text);
     return ZqUnitTest::eFailed;

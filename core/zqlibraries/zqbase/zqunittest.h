@@ -44,8 +44,12 @@ public:
 
     // Appends a message to this test's message stream (or to the stream it was pointed at).
     void WriteMessage(EMessageType type, const CString& text) const;
-    // WriteMessage(type, CbFormat(format, ...)).
-    void WriteMessageFormat(EMessageType type, const wchar_t* format, ...) const;
+    // WriteMessage(type, CbFormat(format, ...)); CString arguments pass their text.
+    template <class... Args>
+    void WriteMessageFormat(EMessageType type, const wchar_t* format, const Args&... args) const
+    {
+        WriteMessage(type, CbFormat(format, args...));
+    }
     // Makes this object write into the message stream of other, e.g. a comparison algorithm's test
     // part writing under the running test.
     void SetMessageStream(const ZqUnitTest& other) const;
@@ -106,5 +110,12 @@ struct ZqSubtestRow
     std::function<ZqUnitTest::EResult()> function;
 };
 
-// Writes an error under the running test and returns eFailed; for table rows and helpers.
-ZQBASE_API ZqUnitTest::EResult ZqFail(const wchar_t* format, ...);
+// Writes text as an error under the test whose subtest runs on this thread, if any, and returns
+// eFailed; for table rows and helpers.
+ZQBASE_API ZqUnitTest::EResult ZqFailText(const CString& text);
+
+// ZqFailText(CbFormat(format, ...)).
+template <class... Args> ZqUnitTest::EResult ZqFail(const wchar_t* format, const Args&... args)
+{
+    return ZqFailText(CbFormat(format, args...));
+}
