@@ -20,7 +20,8 @@ constexpr unsigned int kPoints = 1000000;
 
 const CbArray<CbVector2f>& randomPoints()
 {
-    static const CbArray<CbVector2f> points = [] {
+    static const CbArray<CbVector2f> points = []
+    {
         std::mt19937 random(1);
         std::uniform_real_distribution<float> coordinate(-5.0f, 5.0f);
         CbArray<CbVector2f> p;
@@ -37,7 +38,8 @@ const CbArray<CbVector2f>& randomPoints()
 
 const CbArray<CbVector2f>& circlePoints()
 {
-    static const CbArray<CbVector2f> points = [] {
+    static const CbArray<CbVector2f> points = []
+    {
         std::mt19937 random(2);
         std::uniform_real_distribution<double> angle(0.0, 2.0 * M_PI);
         CbArray<CbVector2f> p;
@@ -56,13 +58,13 @@ const CbArray<CbVector2f>& circlePoints()
 void referenceHull(std::vector<CbVector2f>& points)
 {
     std::sort(points.begin(), points.end(),
-              [](const CbVector2f& a, const CbVector2f& b) { return a.x < b.x || (a.x == b.x && a.y < b.y); });
+              [](const CbVector2f& a, const CbVector2f& b)
+              { return a.x < b.x || (a.x == b.x && a.y < b.y); });
     points.erase(std::unique(points.begin(), points.end()), points.end());
     if (points.size() < 3)
         return;
-    const auto cross = [](const CbVector2f& o, const CbVector2f& a, const CbVector2f& b) {
-        return (double(a.x) - o.x) * (double(b.y) - o.y) - (double(a.y) - o.y) * (double(b.x) - o.x);
-    };
+    const auto cross = [](const CbVector2f& o, const CbVector2f& a, const CbVector2f& b)
+    { return (double(a.x) - o.x) * (double(b.y) - o.y) - (double(a.y) - o.y) * (double(b.x) - o.x); };
     std::vector<CbVector2f> hull(2 * points.size());
     std::size_t k = 0;
     for (const CbVector2f& p : points)
@@ -130,7 +132,8 @@ public:
             const auto ours = m_seconds.find(std::string(input) + "/ZqFtConvexHull2D");
             const auto peer = m_seconds.find(std::string(input) + "/MonotoneChain");
             if (ours != m_seconds.end() && peer != m_seconds.end())
-                std::printf("%s: ZqFtConvexHull2D / monotone chain = %.2f\n", input, ours->second / peer->second);
+                std::printf("%s: ZqFtConvexHull2D / monotone chain = %.2f\n", input,
+                            ours->second / peer->second);
         }
     }
 
