@@ -1,6 +1,7 @@
 // ZqFtConvexHull2D against a plain monotone chain (std::sort with a comparator, double-precision
-// cross products without any exactness guarantee), both on 10^6 random points in a square and on
-// 10^6 points on a circle, measured in the same run. Prints the ratio hull / reference per input.
+// cross products without any exactness guarantee), on 10^6 random points in a square, 10^6 points on
+// a circle and 10^6 points of one line, measured in the same run. Prints the ratio hull / reference
+// per input.
 
 #include "zq3dbase/zqftconvexhull2d.h"
 
@@ -48,6 +49,26 @@ const CbArray<CbVector2f>& circlePoints()
         {
             const double a = angle(random);
             p.Add({static_cast<float>(100.0 * std::cos(a)), static_cast<float>(100.0 * std::sin(a))});
+        }
+        return p;
+    }();
+    return points;
+}
+
+// Points of the diagonal y = x: every orientation test is exactly collinear, the case that double
+// precision cannot decide and the exact evaluation must.
+const CbArray<CbVector2f>& diagonalPoints()
+{
+    static const CbArray<CbVector2f> points = []
+    {
+        std::mt19937 random(3);
+        std::uniform_real_distribution<float> coordinate(-100.0f, 100.0f);
+        CbArray<CbVector2f> p;
+        p.SetCapacity(kPoints);
+        for (unsigned int i = 0; i < kPoints; ++i)
+        {
+            const float t = coordinate(random);
+            p.Add({t, t});
         }
         return p;
     }();
@@ -113,6 +134,8 @@ BENCHMARK(hull<randomPoints>)->Name("Random/ZqFtConvexHull2D")->Unit(benchmark::
 BENCHMARK(reference<randomPoints>)->Name("Random/MonotoneChain")->Unit(benchmark::kMillisecond);
 BENCHMARK(hull<circlePoints>)->Name("Circle/ZqFtConvexHull2D")->Unit(benchmark::kMillisecond);
 BENCHMARK(reference<circlePoints>)->Name("Circle/MonotoneChain")->Unit(benchmark::kMillisecond);
+BENCHMARK(hull<diagonalPoints>)->Name("Diagonal/ZqFtConvexHull2D")->Unit(benchmark::kMillisecond);
+BENCHMARK(reference<diagonalPoints>)->Name("Diagonal/MonotoneChain")->Unit(benchmark::kMillisecond);
 
 // Collects the times of the runs and prints, per input, our time over the reference's.
 class CRatioReporter : public benchmark::ConsoleReporter
@@ -127,7 +150,7 @@ public:
     }
     void PrintRatios() const
     {
-        for (const char* input : {"Random", "Circle"})
+        for (const char* input : {"Random", "Circle", "Diagonal"})
         {
             const auto ours = m_seconds.find(std::string(input) + "/ZqFtConvexHull2D");
             const auto peer = m_seconds.find(std::string(input) + "/MonotoneChain");
