@@ -53,7 +53,7 @@ CbVector2f fromKey(std::uint64_t key)
             fromOrderedBits(static_cast<std::uint32_t>(key))};
 }
 
-// Sorts keys[0 .. count-1] ascending: least significant digit first radix sort in 11-bit digits,
+// Sorts keys[0 .. count-1] ascending: least significant digit first radix sort in 8-bit digits,
 // skipping the digits that all keys share. buffer holds count keys; returns where the result lies
 // (keys or buffer).
 std::uint64_t* radixSort(std::uint64_t* keys, std::uint64_t* buffer, unsigned int count)
