@@ -160,10 +160,11 @@ ZqUnitTest::EResult CbArray_UnitTest::runUnitTest(unsigned int index)
         &CbArray_UnitTest::runHugeAllocation,
         &CbArray_UnitTest::runGrow,
     };
+    const Subtest subtest = subtests[index];
     EResult result = eAborted;
     try
     {
-        result = (this->*subtests[index])();
+        result = (this->*subtest)();
     }
     catch (const std::exception& e)
     {

@@ -307,8 +307,7 @@ private:
         if (m_nCount < m_nCapacity)
         {
             ::new (static_cast<void*>(m_pData + m_nCount)) T(std::forward<TArgs>(args)...);
-            ++m_nCount;
-            updateEnd();
+            m_pEnd = m_pData + ++m_nCount;
             return false;
         }
         if (m_nCapacity == UINT_MAX)
@@ -449,6 +448,8 @@ void CbArrayEx<T, TPolicy>::InsertAt(unsigned int index, const T& value, unsigne
             std::memmove(static_cast<void*>(m_pData + index + count), m_pData + index,
                          std::size_t(m_nCount - index) * sizeof(T));
             std::uninitialized_fill_n(m_pData + index, count, copy);
+            m_nCount = total;
+            updateEnd();
         }
         else
         {
@@ -460,8 +461,6 @@ void CbArrayEx<T, TPolicy>::InsertAt(unsigned int index, const T& value, unsigne
             updateEnd();
             std::rotate(m_pData + index, m_pData + oldCount, m_pData + total);
         }
-        m_nCount = total;
-        updateEnd();
         return;
     }
     const unsigned int capacity = std::max(total, grownCapacity());

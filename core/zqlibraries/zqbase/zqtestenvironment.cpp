@@ -99,11 +99,11 @@ std::optional<std::uint32_t> ZqTestEnvironment::GetReplaySeed()
         return *s.replaySeed;
     if (const char* env = std::getenv("ZQ_RANDOM_SEED"); env && *env)
     {
-        // Seeds are printed with %d, so a seed of 2^31 or more shows up negative: take its 32-bit pattern.
+        // Seed messages print the 32-bit seed with %d, so a negative value is its two's complement.
         char* end = nullptr;
         errno = 0;
         const long long value = std::strtoll(env, &end, 0);
-        if (errno == 0 && *end == 0 && value >= -2147483648LL && value <= 0xFFFFFFFFLL)
+        if (errno == 0 && end != env && *end == 0 && value >= -0x80000000ll && value <= 0xFFFFFFFFll)
             return static_cast<std::uint32_t>(value);
     }
     return std::nullopt;

@@ -27,7 +27,8 @@ public:
     static void SetScratchDirectory(const std::string& directory);
 
     // The seed a randomized test must use instead of a fresh one (runner option --random-seed or
-    // $ZQ_RANDOM_SEED). A test that derives one seed per case runs only the case of this seed.
+    // $ZQ_RANDOM_SEED, from -2^31 to 2^32-1: a negative value is the seed a message printed with
+    // %d). A test that derives one seed per case runs only the case of this seed.
     static std::optional<std::uint32_t> GetReplaySeed();
     static void SetReplaySeed(std::optional<std::uint32_t> seed);
 
