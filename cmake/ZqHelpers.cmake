@@ -4,6 +4,10 @@
 # "core/basepool/cbarray_serializer.h" whatever the checkout's location.
 add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
 add_compile_options(-Wall -Wextra -Wno-unused-parameter)
+# A class object passed through C varargs (printf-style) is garbage at run time; make it an error.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options(-Werror=conditionally-supported)
+endif()
 
 if(ZQ_BUILD_FUZZ)
   # Instrument the libraries too, so that the fuzzers see coverage inside the code they feed.
