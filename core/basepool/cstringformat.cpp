@@ -136,30 +136,30 @@ template <class CharT> SConversion parseConversion(const CharT*& p, va_list* arg
 
 std::string numberSpec(const SConversion& c, const char* length)
 {
-    std::string spec(1, '%');
-    spec += c.flags;
+    std::string pattern(1, '%');
+    pattern += c.flags;
     if (c.width >= 0)
-        spec += std::to_string(c.width);
+        pattern += std::to_string(c.width);
     if (c.precision >= 0)
     {
-        spec += '.';
-        spec += std::to_string(c.precision);
+        pattern += '.';
+        pattern += std::to_string(c.precision);
     }
-    spec += length;
-    spec += c.conversion;
-    return spec;
+    pattern += length;
+    pattern += c.conversion;
+    return pattern;
 }
 
-template <class Value> std::string formatNumber(const std::string& spec, Value value)
+template <class Value> std::string formatNumber(const std::string& pattern, Value value)
 {
     char small[64];
-    const int needed = std::snprintf(small, sizeof small, spec.c_str(), value);
+    const int needed = std::snprintf(small, sizeof small, pattern.c_str(), value);
     if (needed < 0)
-        throwBadFormat("cannot format " + spec);
+        throwBadFormat("cannot format " + pattern);
     if (static_cast<std::size_t>(needed) < sizeof small)
         return std::string(small, static_cast<std::size_t>(needed));
     std::string big(static_cast<std::size_t>(needed) + 1, '\0');
-    std::snprintf(big.data(), big.size(), spec.c_str(), value);
+    std::snprintf(big.data(), big.size(), pattern.c_str(), value);
     big.resize(static_cast<std::size_t>(needed));
     return big;
 }
@@ -179,15 +179,15 @@ std::string formatNumber(const SConversion& c, va_list* args)
         const bool isSigned = c.conversion == 'd' || c.conversion == 'i';
         if (c.length == ELength::eLong || c.length == ELength::eLongLong)
         {
-            const std::string spec = numberSpec(c, "ll");
-            return isSigned ? formatNumber(spec, va_arg(*args, long long))
-                            : formatNumber(spec, va_arg(*args, unsigned long long));
+            const std::string pattern = numberSpec(c, "ll");
+            return isSigned ? formatNumber(pattern, va_arg(*args, long long))
+                            : formatNumber(pattern, va_arg(*args, unsigned long long));
         }
-        const std::string spec = numberSpec(c, c.length == ELength::eChar    ? "hh"
+        const std::string pattern = numberSpec(c, c.length == ELength::eChar    ? "hh"
                                                : c.length == ELength::eShort ? "h"
                                                                              : "");
-        return isSigned ? formatNumber(spec, va_arg(*args, int))
-                        : formatNumber(spec, va_arg(*args, unsigned));
+        return isSigned ? formatNumber(pattern, va_arg(*args, int))
+                        : formatNumber(pattern, va_arg(*args, unsigned));
     }
     case 'f':
     case 'F':
