@@ -12,8 +12,6 @@
 #include <fstream>
 #include <random>
 #include <string>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <unordered_map>
 #include <vector>
 
@@ -97,51 +95,50 @@ ZQ_MAP_BENCHMARKS(BM_Insert, eRandom);
 ZQ_MAP_BENCHMARKS(BM_Lookup, eSequential);
 ZQ_MAP_BENCHMARKS(BM_Lookup, eRandom);
 
-// Peak resident memory (kB) of a child process that builds a map of count random keys, less the
-// resident memory it started with.
-template <class Map> long peakResidentKilobytes(std::size_t count)
+long statusKilobytes(const char* field)
 {
-    const std::vector<Key> keys = makeKeys(count, eRandom);
-    int pipes[2];
-    if (pipe(pipes) != 0)
-        return -1;
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        auto status = [](const char* field)
-        {
-            std::ifstream file("/proc/self/status");
-            std::string line;
-            while (std::getline(file, line))
-                if (line.rfind(field, 0) == 0)
-                    return std::stol(line.substr(std::string(field).size()));
-            return -1L;
-        };
-        std::ofstream("/proc/self/clear_refs") << "5"; // restart the peak (VmHWM) from the current size
-        const long before = status("VmRSS:");
-        {
-            Map map;
-            for (Key key : keys)
-                insert(map, key);
-            benchmark::DoNotOptimize(map);
-        }
-        const long peak = status("VmHWM:") - before;
-        if (write(pipes[1], &peak, sizeof peak) != sizeof peak)
-            _exit(1);
-        _exit(0);
-    }
-    long peak = -1;
-    if (read(pipes[0], &peak, sizeof peak) != sizeof peak)
-        peak = -1;
-    waitpid(child, nullptr, 0);
-    close(pipes[0]);
-    close(pipes[1]);
-    return peak;
+    std::ifstream file("/proc/self/status");
+    std::string line;
+    while (std::getline(file, line))
+        if (line.rfind(field, 0) == 0)
+            return std::stol(line.substr(std::string(field).size()));
+    return -1;
+}
+
+// In a fresh process (this program started again with --zq-peak-rss=NAME): builds the map of 10^6
+// random keys and prints how far its resident memory peaked above what it held before.
+template <class Map> int printPeakResidentKilobytes()
+{
+    const std::vector<Key> keys = makeKeys(1000000, eRandom);
+    const long before = statusKilobytes("VmRSS:");
+    Map map;
+    for (Key key : keys)
+        insert(map, key);
+    benchmark::DoNotOptimize(map);
+    std::printf("%ld\n", statusKilobytes("VmHWM:") - before);
+    return 0;
+}
+
+long peakResidentKilobytes(const char* self, const char* name)
+{
+    const std::string command = std::string("'") + self + "' --zq-peak-rss=" + name;
+    FILE* child = popen(command.c_str(), "r");
+    long kilobytes = -1;
+    if (child && std::fscanf(child, "%ld", &kilobytes) != 1)
+        kilobytes = -1;
+    if (child)
+        pclose(child);
+    return kilobytes;
 }
 } // namespace
 
 int main(int argc, char** argv)
 {
+    if (argc == 2 && std::string(argv[1]) == "--zq-peak-rss=CbMap")
+        return printPeakResidentKilobytes<CCbMap>();
+    if (argc == 2 && std::string(argv[1]) == "--zq-peak-rss=std")
+        return printPeakResidentKilobytes<CStdMap>();
+
     std::vector<SBenchRatio> ratios;
     for (const char* function : {"BM_Insert", "BM_Lookup"})
         for (const char* kind : {"eSequential", "eRandom"})
@@ -150,11 +147,10 @@ int main(int argc, char** argv)
                                   std::string(function) + "<CStdMap, " + kind + ">/" + count});
     const int result = RunBenchmarksWithRatios(argc, argv, ratios);
 
-    const long ours = peakResidentKilobytes<CCbMap>(1000000);
-    const long peer = peakResidentKilobytes<CStdMap>(1000000);
-    std::printf(
-        "\nPeak resident memory of 10^6 random 64-bit pairs: CbMap %ld kB, std::unordered_map %ld kB, "
-        "ratio %.2f\n",
-        ours, peer, peer > 0 ? double(ours) / double(peer) : 0.0);
+    const long ours = peakResidentKilobytes(argv[0], "CbMap");
+    const long peer = peakResidentKilobytes(argv[0], "std");
+    std::printf("\nPeak resident memory above the start, 10^6 random 64-bit pairs: CbMap %ld kB, "
+                "std::unordered_map %ld kB, ratio %.2f\n",
+                ours, peer, peer > 0 ? double(ours) / double(peer) : 0.0);
     return result;
 }

@@ -217,3 +217,16 @@ TEST(CbPlexManager, FailedBlockLeavesTheManagerAsItWas)
     EXPECT_EQ(manager.GetBlockCount(), 2u);
 }
 #endif
+
+#if defined(__SANITIZE_ADDRESS__)
+TEST(CbPlexManagerDeathTest, TouchingAReleasedOrUnusedNodeIsReported)
+{
+    CbPlexManager<SNode40> manager(4);
+    auto* node = static_cast<SNode40*>(manager.AllocateNode());
+    volatile char* bytes = node->bytes;
+    bytes[8] = 1;
+    manager.ReleaseNode(node);
+    EXPECT_DEATH(bytes[8] = 2, "use-after-poison");
+    EXPECT_DEATH(bytes[-40] = 2, "use-after-poison");
+}
+#endif
