@@ -6,7 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <iterator>
 #include <memory>
+#include <numeric>
 #include <string>
 #include <vector>
 
@@ -238,4 +241,33 @@ TEST(CbListSort, ComparisonsGrowAsNLogN)
         EXPECT_LE(comparisons, static_cast<long>(n) * log2) << n;
         EXPECT_TRUE(CbListSort::IsSorted(list));
     }
+}
+
+TEST(CbList, OverAlignedElementsGetAlignedNodes)
+{
+    struct alignas(64) SWide
+    {
+        float values[4];
+    };
+    CbList<SWide> list;
+    for (int i = 0; i < 100; ++i)
+        list.AddTail(SWide{{float(i), 0, 0, 0}});
+    for (const SWide& wide : list)
+        EXPECT_EQ(reinterpret_cast<std::uintptr_t>(&wide) % 64, 0u);
+    EXPECT_EQ(list.GetTail().values[0], 99.0f);
+}
+
+TEST(CbList, WorksWithStandardAlgorithms)
+{
+    CbList<int> list{4, 8, 15, 16, 23, 42};
+    EXPECT_EQ(std::distance(list.begin(), list.end()), 6);
+    EXPECT_EQ(*std::find_if(list.begin(), list.end(), [](int v) { return v > 10; }), 15);
+    EXPECT_EQ(std::count_if(list.cbegin(), list.cend(), [](int v) { return v % 2 == 0; }), 4);
+    std::vector<int> reversed;
+    std::reverse_copy(list.begin(), list.end(), std::back_inserter(reversed));
+    EXPECT_EQ(reversed, (std::vector<int>{42, 23, 16, 15, 8, 4}));
+    CbList<int>::ConstIterator constIt = list.begin();
+    EXPECT_EQ(constIt, list.cbegin());
+    std::fill(list.begin(), list.end(), 1);
+    EXPECT_EQ(std::accumulate(list.begin(), list.end(), 0), 6);
 }

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <random>
 #include <set>
@@ -274,4 +275,31 @@ TEST(CbMap, MoveOnlyValuesAndSwap)
     EXPECT_TRUE(a.IsEmpty());
     EXPECT_FALSE(a.Contains("zwei"));
     EXPECT_EQ(**moved.PLookup("zwei"), 2);
+}
+
+TEST(CbMap, StringKeysHashEveryCharacter)
+{
+    EXPECT_NE(CbMapTypes::SKeyTraits<CString>::Hash(L"ab"), CbMapTypes::SKeyTraits<CString>::Hash(L"ba"));
+    EXPECT_NE(CbMapTypes::SKeyTraits<CString>::Hash(L"\x10000"), CbMapTypes::SKeyTraits<CString>::Hash(L""));
+    CbMap<CString, int> map;
+    int count = 0;
+    for (wchar_t a = L'a'; a <= L'z'; ++a)
+        for (wchar_t b : {L'ä', L'ö', L'ü', L'x'})
+            map[CString(a) + b] = count++;
+    EXPECT_EQ(map.GetCount(), 104u);
+    EXPECT_LE(map.GetLongestChain(), 4u);
+    EXPECT_EQ(map[L"mü"], (L'm' - L'a') * 4 + 2);
+}
+
+TEST(CbMap, ConstIterationAndEraseAtTheEnd)
+{
+    CbMap<int, int> map;
+    map[1] = 10;
+    const CbMap<int, int>& constMap = map;
+    CbMap<int, int>::ConstIterator it = map.begin();
+    EXPECT_EQ(it, constMap.begin());
+    EXPECT_EQ(it->value, 10);
+    EXPECT_EQ(map.Erase(it), map.end());
+    EXPECT_TRUE(map.IsEmpty());
+    EXPECT_EQ(constMap.begin(), constMap.end());
 }
