@@ -222,8 +222,21 @@ protected:
         if (m_count == 0)
             return nullptr;
         const std::uint64_t hash = Traits::Hash(key);
-        for (Association* node = m_buckets[static_cast<unsigned int>(hash) & m_mask]; node;
-             node = node->pNext)
+        Association* node = m_buckets[static_cast<unsigned int>(hash) & m_mask];
+        if constexpr (std::is_scalar_v<Key>)
+        {
+            // Whether the key is the chain's first or second node depends on the data and defeats
+            // branch prediction; choosing between the two without a branch keeps lookups of
+            // different keys overlapping. The loop below then confirms the choice.
+            if (!node)
+                return nullptr;
+            const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(node);
+            const std::uintptr_t second = reinterpret_cast<std::uintptr_t>(node->pNext);
+            const std::uintptr_t keepFirst =
+                std::uintptr_t(0) - std::uintptr_t(Traits::Equal(node->key, key));
+            node = reinterpret_cast<Association*>((first & keepFirst) | (second & ~keepFirst));
+        }
+        for (; node; node = node->pNext)
             if (Traits::Equal(node->key, key))
                 return node;
         return nullptr;
