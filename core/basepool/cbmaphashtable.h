@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstdint>
-#include <cstdlib>
 #include <iterator>
 #include <type_traits>
 #include <utility>
