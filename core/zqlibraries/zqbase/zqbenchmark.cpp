@@ -58,22 +58,23 @@ bool ZqBenchmark::RunBenchmark()
                   iterations));
     for (unsigned int i = 0; i < count; ++i)
     {
-        const CString name = getBenchmarkName(i);
+        // Names that carry their own "[NN] " index are shown as they are.
+        const CString given = getBenchmarkName(i);
+        const CString name = given.Left(1) == L"[" ? given : CbFormat(L"[%02u] %s", i, given.GetString());
         const unsigned int group = getGroup(i);
         if (data[i].notAvailable)
-            dump(CbFormat(L"[%02u] %s: not available on this platform", i, name.GetString()));
+            dump(CbFormat(L"%s: not available on this platform", name.GetString()));
         else if (!passed[i])
-            dump(CbFormat(L"[%02u] %s: fehlgeschlagen", i, name.GetString()));
+            dump(CbFormat(L"%s: fehlgeschlagen", name.GetString()));
         else if (data[i].runs == 0)
-            dump(CbFormat(L"[%02u] %s: keine Messung", i, name.GetString()));
+            dump(CbFormat(L"%s: keine Messung", name.GetString()));
         else
         {
             const double best = fastest[group];
             const double ratio = best > 0.0 ? data[i].minimum / best : 1.0;
-            dump(CbFormat(L"[%02u] %s: min %s, mittel %s, max %s, Gruppe %u, Verhältnis %.2f", i,
-                          name.GetString(), FormatTime(data[i].minimum).GetString(),
-                          FormatTime(data[i].GetMean()).GetString(), FormatTime(data[i].maximum).GetString(),
-                          group, ratio));
+            dump(CbFormat(L"%s: min %s, mittel %s, max %s, Gruppe %u, Verhältnis %.2f", name.GetString(),
+                          FormatTime(data[i].minimum).GetString(), FormatTime(data[i].GetMean()).GetString(),
+                          FormatTime(data[i].maximum).GetString(), group, ratio));
         }
     }
     onAfterRun(success);
