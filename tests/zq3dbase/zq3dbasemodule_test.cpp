@@ -1,81 +1,19 @@
 // The fitting and principal-component test classes of the module, driven through the registry as
 // the runner drives them: names, outcomes, the seed message and its replay, the index checks.
 
-#include "basepool/cbexception.h"
-#include "basepool/cbfactory.h"
 #include "zqbase/zqtestenvironment.h"
-#include "zqbase/zqunittest.h"
+#include "zqmoduletest.h"
 
-#include <dlfcn.h>
-#include <gtest/gtest.h>
-
-#include <functional>
 #include <string>
 #include <vector>
 
 namespace
 {
-class GeometryModuleTest : public ::testing::Test
+class GeometryModuleTest : public ZqModuleTest
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        s_module = dlopen(ZQ_BINARY_DIR "/libZqUnitTests.so", RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(s_module, nullptr) << dlerror();
-    }
-    static void TearDownTestSuite()
-    {
-        if (s_module)
-            dlclose(s_module);
-        s_module = nullptr;
-    }
     void TearDown() override { ZqTestEnvironment::SetReplaySeed(std::nullopt); }
-
-    static std::unique_ptr<ZqUnitTest> create(const wchar_t* name)
-    {
-        std::unique_ptr<ZqUnitTest> test = CbFactory::CreateAs<ZqUnitTest>(name);
-        if (test)
-        {
-            test->PreallocateStaticData();
-            test->InitSubtests();
-        }
-        return test;
-    }
-    static std::vector<std::string> names(ZqUnitTest& test)
-    {
-        std::vector<std::string> result;
-        for (unsigned int i = 0; i < test.GetSubtestCount(); ++i)
-            result.push_back(CbWideToUtf8(test.GetSubtestName(i).Std()));
-        return result;
-    }
-    // Runs subtest i, which must pass without an error message; returns its info messages.
-    static std::vector<std::string> runPassing(ZqUnitTest& test, unsigned int i)
-    {
-        EXPECT_EQ(test.RunUnitTest(i), ZqUnitTest::ePassed) << CbWideToUtf8(test.GetSubtestName(i).Std());
-        std::vector<std::string> infos;
-        for (const auto& message : test.GetMessageStream().Take())
-            if (message.type == ZqUnitTest::eError)
-                ADD_FAILURE() << CbWideToUtf8(message.text.Std());
-            else
-                infos.push_back(CbWideToUtf8(message.text.Std()));
-        return infos;
-    }
-    static std::string thrownFunction(const std::function<void()>& call)
-    {
-        try
-        {
-            call();
-        }
-        catch (const CbException& e)
-        {
-            return e.GetFunction();
-        }
-        return "nothing thrown";
-    }
-
-    static void* s_module;
 };
-void* GeometryModuleTest::s_module = nullptr;
 } // namespace
 
 TEST_F(GeometryModuleTest, LineFitRunsItsTestAndItsBenchmark)

@@ -1,52 +1,26 @@
 // Runs the module's ZqFtConvexHull2D_UnitTest through the registry, as the runner does: its seven
 // subtests pass, a replayed seed runs one case, and indices past the last throw.
 
-#include "basepool/cbexception.h"
-#include "basepool/cbfactory.h"
 #include "zqbase/cbtimer.h"
 #include "zqbase/zqtestenvironment.h"
-#include "zqbase/zqunittest.h"
+#include "zqmoduletest.h"
 
-#include <dlfcn.h>
-#include <gtest/gtest.h>
+#include <iostream>
 
 namespace
 {
-class ConvexHullUnitTestModule : public ::testing::Test
+class ConvexHullUnitTestModule : public ZqModuleTest
 {
 protected:
-    static void SetUpTestSuite()
-    {
-        s_module = dlopen(ZQ_BINARY_DIR "/libZqUnitTests.so", RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(s_module, nullptr) << dlerror();
-    }
-    static void TearDownTestSuite()
-    {
-        if (s_module)
-            dlclose(s_module);
-        s_module = nullptr;
-    }
     void SetUp() override
     {
-        m_test = CbFactory::CreateAs<ZqUnitTest>(L"ZqFtConvexHull2D_UnitTest");
+        m_test = create(L"ZqFtConvexHull2D_UnitTest");
         ASSERT_TRUE(m_test);
-        m_test->PreallocateStaticData();
-        m_test->InitSubtests();
     }
     void TearDown() override { ZqTestEnvironment::SetReplaySeed(std::nullopt); }
 
-    std::string messages() const
-    {
-        std::string text;
-        for (const auto& message : m_test->GetMessageStream().Take())
-            text += CbWideToUtf8(message.text.Std());
-        return text;
-    }
-
-    static void* s_module;
     std::unique_ptr<ZqUnitTest> m_test;
 };
-void* ConvexHullUnitTestModule::s_module = nullptr;
 } // namespace
 
 TEST_F(ConvexHullUnitTestModule, EverySubtestPasses)
@@ -56,9 +30,8 @@ TEST_F(ConvexHullUnitTestModule, EverySubtestPasses)
     for (unsigned int i = 0; i < 7; ++i)
     {
         const CbTimer timer;
-        EXPECT_EQ(m_test->RunUnitTest(i), ZqUnitTest::ePassed)
-            << CbWideToUtf8(m_test->GetSubtestName(i).Std()) << "\n"
-            << messages();
+        EXPECT_EQ(m_test->RunUnitTest(i), ZqUnitTest::ePassed) << subtestName(*m_test, i) << "\n"
+                                                               << messagesText(*m_test);
         std::cout << "subtest " << i << ": " << timer.GetElapsedSeconds() << " s\n";
     }
 }
@@ -96,5 +69,5 @@ TEST_F(ConvexHullUnitTestModule, ReplayedSeedRunsOneCase)
     timer.Reset();
     ASSERT_EQ(m_test->RunUnitTest(5), ZqUnitTest::ePassed);
     EXPECT_LT(timer.GetElapsedSeconds() * 100, all);
-    EXPECT_EQ(messages(), "");
+    EXPECT_EQ(messagesText(*m_test), "");
 }

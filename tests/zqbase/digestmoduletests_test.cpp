@@ -1,58 +1,18 @@
 // The module's tests of ZqMD5, ZqSHA1 and ZqSemanticVersion, driven as the runner drives them: their
 // subtests, outcomes, messages and the scratch file of the SHA-1 test.
 
-#include "basepool/cbexception.h"
-#include "basepool/cbfactory.h"
 #include "zqbase/zqbenchmark.h"
 #include "zqbase/zqfilesystem.h"
 #include "zqbase/zqtestenvironment.h"
-#include "zqbase/zqunittest.h"
+#include "zqmoduletest.h"
 
-#include <dlfcn.h>
 #include <filesystem>
-#include <gtest/gtest.h>
 
 namespace
 {
-class DigestModuleTest : public ::testing::Test
+class DigestModuleTest : public ZqModuleTest
 {
-protected:
-    static void SetUpTestSuite()
-    {
-        s_module = dlopen(ZQ_BINARY_DIR "/libZqUnitTests.so", RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(s_module, nullptr) << dlerror();
-    }
-    static void TearDownTestSuite()
-    {
-        if (s_module)
-            dlclose(s_module);
-        s_module = nullptr;
-    }
-
-    static std::unique_ptr<ZqUnitTest> create(const wchar_t* name)
-    {
-        std::unique_ptr<ZqUnitTest> test = CbFactory::CreateAs<ZqUnitTest>(name);
-        if (test)
-        {
-            test->PreallocateStaticData();
-            test->InitSubtests();
-        }
-        return test;
-    }
-
-    // Runs a subtest and reports its error messages as failures of this test.
-    static ZqUnitTest::EResult run(ZqUnitTest& test, unsigned int index, bool errorsExpected = false)
-    {
-        const ZqUnitTest::EResult result = test.RunUnitTest(index);
-        for (const auto& message : test.GetMessageStream().Take())
-            if (message.type == ZqUnitTest::eError && !errorsExpected)
-                ADD_FAILURE() << CbWideToUtf8(message.text.Std());
-        return result;
-    }
-
-    static void* s_module;
 };
-void* DigestModuleTest::s_module = nullptr;
 } // namespace
 
 TEST_F(DigestModuleTest, MD5TestAndItsBenchmark)

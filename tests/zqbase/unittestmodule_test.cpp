@@ -1,40 +1,20 @@
 // Loads the module into this process and runs its type-record test through the registry, as the
 // runner does.
 
-#include "basepool/cbfactory.h"
-#include "zqbase/zqunittest.h"
-
-#include <dlfcn.h>
-#include <gtest/gtest.h>
+#include "zqmoduletest.h"
 
 namespace
 {
-class ModuleTest : public ::testing::Test
+class ModuleTest : public ZqModuleTest
 {
-protected:
-    static void SetUpTestSuite()
-    {
-        s_module = dlopen(ZQ_BINARY_DIR "/libZqUnitTests.so", RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(s_module, nullptr) << dlerror();
-    }
-    static void TearDownTestSuite()
-    {
-        if (s_module)
-            dlclose(s_module);
-        s_module = nullptr;
-    }
-    static void* s_module;
 };
-void* ModuleTest::s_module = nullptr;
 } // namespace
 
 TEST_F(ModuleTest, TypeRecordTestPassesThroughTheFactory)
 {
-    std::unique_ptr<ZqUnitTest> test = CbFactory::CreateAs<ZqUnitTest>(L"CbRTTI_UnitTest");
+    std::unique_ptr<ZqUnitTest> test = create(L"CbRTTI_UnitTest");
     ASSERT_TRUE(test);
     EXPECT_STREQ(test->GetClassName(), L"CbRTTI_UnitTest");
-    test->PreallocateStaticData();
-    test->InitSubtests();
     ASSERT_EQ(test->GetSubtestCount(), 1u);
     EXPECT_EQ(test->RunUnitTest(0), ZqUnitTest::ePassed);
     for (const auto& message : test->GetMessageStream().Take())
