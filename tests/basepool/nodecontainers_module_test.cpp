@@ -6,7 +6,8 @@
 #include "zqbase/zqbenchmark.h"
 #include "zqbase/zqunittest.h"
 
-#include <dlfcn.h>
+#include "zqmoduletest.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -48,23 +49,9 @@ std::string utf8(const CString& text)
     return CbWideToUtf8(text.Std());
 }
 
-class NodeContainerModuleTest : public ::testing::TestWithParam<SExpectedClass>
+class NodeContainerModuleTest : public ZqModuleTest, public ::testing::WithParamInterface<SExpectedClass>
 {
-protected:
-    static void SetUpTestSuite()
-    {
-        s_module = dlopen(ZQ_BINARY_DIR "/libZqUnitTests.so", RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(s_module, nullptr) << dlerror();
-    }
-    static void TearDownTestSuite()
-    {
-        if (s_module)
-            dlclose(s_module);
-        s_module = nullptr;
-    }
-    static void* s_module;
 };
-void* NodeContainerModuleTest::s_module = nullptr;
 } // namespace
 
 TEST_P(NodeContainerModuleTest, RecordNamesTheParents)
