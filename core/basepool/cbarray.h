@@ -1,5 +1,7 @@
 #pragma once
 
+#include "basepool/cbtypename.h"
+
 #include "basepool/cbarrayex.h"
 #include "basepool/cbarraypolicyconstructdefault.h"
 
@@ -25,4 +27,9 @@ public:
         Base::operator=(values);
         return *this;
     }
+};
+
+template <class T> struct CbTypeName<CbArray<T>>
+{
+    static std::string Get() { return "class " + CbTypeNameTemplate("CbArray", CbTypeName<T>::Get()); }
 };

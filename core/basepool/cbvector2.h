@@ -1,5 +1,7 @@
 #pragma once
 
+#include "basepool/cbtypename.h"
+
 #include <cassert>
 #include <cmath>
 
@@ -106,3 +108,7 @@ template <class T> constexpr T Cross(const CbVector2<T>& a, const CbVector2<T>& 
 
 using CbVector2f = CbVector2<float>;
 using CbVector2d = CbVector2<double>;
+
+// Exception texts name the vectors by their short class names.
+CB_DECLARE_TYPENAME(CbVector2f, "class CbVector2f");
+CB_DECLARE_TYPENAME(CbVector2d, "class CbVector2d");

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "basepool/cbtypename.h"
+
 #include <cassert>
 #include <cmath>
 
@@ -114,3 +116,6 @@ template <class T> constexpr CbVector3<T> Cross(const CbVector3<T>& a, const CbV
 
 using CbVector3f = CbVector3<float>;
 using CbVector3d = CbVector3<double>;
+
+CB_DECLARE_TYPENAME(CbVector3f, "class CbVector3f");
+CB_DECLARE_TYPENAME(CbVector3d, "class CbVector3d");

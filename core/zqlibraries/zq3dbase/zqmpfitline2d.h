@@ -2,9 +2,9 @@
 
 #include "basepool/cbarray.h"
 #include "basepool/cbexception.h"
+#include "basepool/cbtypename.h"
+#include "basepool/cbvector2.h"
 #include "zq3dbase/zqmpfitbase.h"
-#include "zqmath/zqtypename.h"
-#include "zqmath/zqtypenamebasepool.h"
 
 #include <cfloat>
 #include <cmath>
@@ -226,5 +226,5 @@ void ZqMpFitLine2D<TPoints>::setLine(double slope, double shiftedIntercept, bool
 
 template <class TPoints> std::string ZqMpFitLine2D<TPoints>::functionText(const char* function)
 {
-    return ZqTemplateText("ZqMpFitLine2D", {ZqTypeName<TPoints>::Get()}) + "::" + function;
+    return CbTypeNameTemplate("ZqMpFitLine2D", CbTypeName<TPoints>::Get()) + "::" + function;
 }

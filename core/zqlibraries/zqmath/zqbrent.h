@@ -127,6 +127,6 @@ template <class T, class Fn> void ZqBrent<T, Fn>::compute()
         }
     }
     const std::string text =
-        ZqTemplateText("ZqBrent", {ZqTypeName<T>::Get(), ZqTypeName<Fn>::Get()}) + "::compute";
+        CbTypeNameTemplate("ZqBrent", CbTypeName<T>::Get(), CbTypeName<Fn>::Get()) + "::compute";
     CB_THROW(CbException, text.c_str(), "no convergence in 200 iterations");
 }

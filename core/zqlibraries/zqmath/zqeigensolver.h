@@ -1,8 +1,8 @@
 #pragma once
 
 #include "basepool/cbexception.h"
+#include "basepool/cbtypename.h"
 #include "zqmath/zqmatrix.h"
-#include "zqmath/zqtypename.h"
 
 #include <algorithm>
 #include <atomic>
@@ -406,12 +406,12 @@ template <class T> void ZqEigenSolver<T>::sort(T multiplier)
 
 template <class T> void ZqEigenSolver<T>::throwPrecondition(const char* reason)
 {
-    const std::string function = ZqTemplateText("ZqEigenSolver", {ZqTypeName<T>::Get()}) + "::Compute";
+    const std::string function = CbTypeNameTemplate("ZqEigenSolver", CbTypeName<T>::Get()) + "::Compute";
     CB_THROW(CbExceptionPreconditionViolation, function.c_str(), reason);
 }
 
 template <class T> void ZqEigenSolver<T>::throwNotConverged(const char* reason)
 {
-    const std::string function = ZqTemplateText("ZqEigenSolver", {ZqTypeName<T>::Get()}) + "::Compute";
+    const std::string function = CbTypeNameTemplate("ZqEigenSolver", CbTypeName<T>::Get()) + "::Compute";
     CB_THROW(CbException, function.c_str(), reason);
 }

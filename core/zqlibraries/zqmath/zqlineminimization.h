@@ -1,8 +1,8 @@
 #pragma once
 
+#include "basepool/cbtypename.h"
 #include "zqbase/zqalgorithm.h"
 #include "zqmath/zqmatrix.h"
-#include "zqmath/zqtypename.h"
 
 #include <cfloat>
 #include <cmath>
@@ -12,12 +12,12 @@
 
 template <class T, class Client> class ZqLineMinimization;
 
-template <class T, class Client> struct ZqTypeName<ZqLineMinimization<T, Client>>
+template <class T, class Client> struct CbTypeName<ZqLineMinimization<T, Client>>
 {
     static std::string Get()
     {
         return "class " +
-               ZqTemplateText("ZqLineMinimization", {ZqTypeName<T>::Get(), ZqTypeName<Client>::Get()});
+               CbTypeNameTemplate("ZqLineMinimization", CbTypeName<T>::Get(), CbTypeName<Client>::Get());
     }
 };
 
@@ -284,6 +284,6 @@ template <class T, class Client> void ZqLineMinimization<T, Client>::clipToBound
 
 template <class T, class Client> std::string ZqLineMinimization<T, Client>::functionText(const char* function)
 {
-    return ZqTemplateText("ZqLineMinimization", {ZqTypeName<T>::Get(), ZqTypeName<Client>::Get()}) +
+    return CbTypeNameTemplate("ZqLineMinimization", CbTypeName<T>::Get(), CbTypeName<Client>::Get()) +
            "::" + function;
 }

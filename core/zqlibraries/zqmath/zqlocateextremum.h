@@ -1,8 +1,8 @@
 #pragma once
 
+#include "basepool/cbtypename.h"
 #include "zqbase/zqalgorithm.h"
 #include "zqmath/zqmatrix.h"
-#include "zqmath/zqtypename.h"
 
 #include <string>
 
@@ -38,7 +38,7 @@ protected:
         if (!client || !function || (sign != 1 && sign != -1) || !tolerance || bracket.GetSize() != 3)
         {
             const std::string text =
-                ZqTemplateText("ZqLocateExtremum", {ZqTypeName<T>::Get(), ZqTypeName<Fn>::Get()}) +
+                CbTypeNameTemplate("ZqLocateExtremum", CbTypeName<T>::Get(), CbTypeName<Fn>::Get()) +
                 "::checkPreConditionsInit";
             CB_THROW(CbExceptionPreconditionViolation, text.c_str());
         }

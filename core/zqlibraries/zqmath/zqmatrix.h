@@ -1,7 +1,7 @@
 #pragma once
 
 #include "basepool/cbexception.h"
-#include "zqmath/zqtypename.h"
+#include "basepool/cbtypename.h"
 
 #include <algorithm>
 #include <cassert>
@@ -242,7 +242,7 @@ private:
     [[noreturn]] static void fail(const char* operation)
     {
         const std::string function =
-            ZqTemplateText("ZqMatrix", {ZqTypeName<T>::Get()}) + "::" + std::string(operation);
+            CbTypeNameTemplate("ZqMatrix", CbTypeName<T>::Get()) + "::" + std::string(operation);
         CB_THROW(CbExceptionPreconditionViolation, function.c_str());
     }
 

@@ -146,6 +146,6 @@ private:
     }
     static std::string typeText()
     {
-        return ZqTemplateText("ZqParabolicBracketing", {ZqTypeName<T>::Get(), ZqTypeName<Fn>::Get()});
+        return CbTypeNameTemplate("ZqParabolicBracketing", CbTypeName<T>::Get(), CbTypeName<Fn>::Get());
     }
 };

@@ -195,5 +195,5 @@ template <class T, class Client> void ZqPowell<T, Client>::compute()
 
 template <class T, class Client> std::string ZqPowell<T, Client>::functionText(const char* function)
 {
-    return ZqTemplateText("ZqPowell", {ZqTypeName<T>::Get(), ZqTypeName<Client>::Get()}) + "::" + function;
+    return CbTypeNameTemplate("ZqPowell", CbTypeName<T>::Get(), CbTypeName<Client>::Get()) + "::" + function;
 }
