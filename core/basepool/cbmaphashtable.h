@@ -220,8 +220,7 @@ protected:
     {
         if (m_count == 0)
             return nullptr;
-        const std::uint64_t hash = Traits::Hash(key);
-        Association* node = m_buckets[static_cast<unsigned int>(hash) & m_mask];
+        Association* node = m_buckets[bucketHash(key) & m_mask];
         if constexpr (std::is_scalar_v<Key>)
         {
             // Whether the key is the chain's first or second node depends on the data and defeats
@@ -247,14 +246,14 @@ protected:
     {
         if (!m_buckets)
             allocateTable();
-        const std::uint64_t hash = Traits::Hash(key);
-        unsigned int bucket = static_cast<unsigned int>(hash) & m_mask;
+        const std::uint32_t hash = bucketHash(key);
+        unsigned int bucket = hash & m_mask;
         unsigned int chain = 0;
         for (Association* node = m_buckets[bucket]; node; node = node->pNext, ++chain)
             if (Traits::Equal(node->key, key))
                 return {node, false};
         if (needsGrowth(chain) && rehash(m_tableSize * 2))
-            bucket = static_cast<unsigned int>(hash) & m_mask;
+            bucket = hash & m_mask;
         Association* node = m_nodes.NewNode(std::forward<K>(key), std::forward<Args>(valueArgs)...);
         node->pNext = m_buckets[bucket];
         m_buckets[bucket] = node;
@@ -267,7 +266,7 @@ protected:
     {
         if (m_count == 0)
             return false;
-        const unsigned int bucket = static_cast<unsigned int>(Traits::Hash(key)) & m_mask;
+        const unsigned int bucket = bucketHash(key) & m_mask;
         for (Association** link = &m_buckets[bucket]; *link; link = &(*link)->pNext)
             if (Traits::Equal((*link)->key, key))
             {
@@ -290,6 +289,16 @@ protected:
     }
 
 private:
+    // The low 32 bits of the key's hash, which is all a table of at most 2^31 buckets uses; from the
+    // traits' BucketHash where they have one (cheaper than the full hash), else the truncated Hash.
+    static std::uint32_t bucketHash(const Key& key)
+    {
+        if constexpr (requires { Traits::BucketHash(key); })
+            return static_cast<std::uint32_t>(Traits::BucketHash(key));
+        else
+            return static_cast<std::uint32_t>(Traits::Hash(key));
+    }
+
     static unsigned int roundTableSize(unsigned int requested, const char* function)
     {
         if (requested == 0)
@@ -330,7 +339,7 @@ private:
             for (Association* node = m_buckets[bucket]; node;)
             {
                 Association* next = node->pNext;
-                const unsigned int target = static_cast<unsigned int>(Traits::Hash(node->key)) & mask;
+                const unsigned int target = bucketHash(node->key) & mask;
                 node->pNext = table[target];
                 table[target] = node;
                 first = std::min(first, target);

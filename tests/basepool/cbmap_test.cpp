@@ -103,6 +103,13 @@ TEST(CbMap, HashIsFnv1aOfTheKeyBytes)
         EXPECT_EQ(CbMapTypes::HashFixedBytes<8>(words), CbMapTypes::HashBytes(words, 8));
         EXPECT_EQ(CbMapTypes::HashFixedBytes<3>(words), CbMapTypes::HashBytes(words, 3));
         EXPECT_EQ(CbMapTypes::HashFixedBytes<24>(words), CbMapTypes::HashBytes(words, 24));
+        // The 32-bit rounds that pick buckets give exactly the low half of the 64-bit hash.
+        EXPECT_EQ(CbMapTypes::HashFixedBytesLow<8>(words),
+                  static_cast<std::uint32_t>(CbMapTypes::HashBytes(words, 8)));
+        EXPECT_EQ(CbMapTypes::HashFixedBytesLow<3>(words),
+                  static_cast<std::uint32_t>(CbMapTypes::HashBytes(words, 3)));
+        EXPECT_EQ(CbMapTypes::SKeyTraits<std::uint64_t>::BucketHash(words[1]),
+                  static_cast<std::uint32_t>(CbMapTypes::SKeyTraits<std::uint64_t>::Hash(words[1])));
     }
     EXPECT_EQ(CbMapTypes::SKeyTraits<std::string>::Hash("foobar"), 0x85944171f73967e8ull);
     EXPECT_EQ(CbMapTypes::SKeyTraits<CString>::Hash(L"foobar"), 0x85944171f73967e8ull);
