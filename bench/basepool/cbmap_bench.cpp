@@ -7,6 +7,7 @@
 #include "benchratio.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <cstdio>
 #include <fstream>
@@ -86,6 +87,25 @@ template <class Map, EKeys Kind> void BM_Lookup(benchmark::State& state)
     state.SetItemsProcessed(state.iterations() * state.range(0));
 }
 
+// The floor under every CbMap lookup: only the bucket index of each key (its FNV-1a hash AND the
+// mask), no memory touched but the key. Compared with a whole lookup of the standard map, whose
+// hash of an integer is the integer itself.
+void BM_BucketIndexOnly(benchmark::State& state)
+{
+    std::vector<Key> keys = makeKeys(static_cast<std::size_t>(state.range(0)), eSequential);
+    std::shuffle(keys.begin(), keys.end(), std::mt19937_64(7));
+    const std::uint32_t mask = std::bit_ceil(static_cast<std::uint32_t>(keys.size())) - 1;
+    for (auto _ : state)
+    {
+        std::uint64_t sum = 0;
+        for (Key key : keys)
+            sum += CbMapTypes::SKeyTraits<Key>::BucketHash(key) & mask;
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+BENCHMARK(BM_BucketIndexOnly)->Arg(1000);
+
 #define ZQ_MAP_BENCHMARKS(Function, Kind)                                                                    \
     BENCHMARK_TEMPLATE(Function, CCbMap, Kind)->Arg(1000)->Arg(100000)->Arg(1000000);                        \
     BENCHMARK_TEMPLATE(Function, CStdMap, Kind)->Arg(1000)->Arg(100000)->Arg(1000000)
@@ -145,6 +165,7 @@ int main(int argc, char** argv)
             for (const char* count : {"1000", "100000", "1000000"})
                 ratios.push_back({std::string(function) + "<CCbMap, " + kind + ">/" + count,
                                   std::string(function) + "<CStdMap, " + kind + ">/" + count});
+    ratios.push_back({"BM_BucketIndexOnly/1000", "BM_Lookup<CStdMap, eSequential>/1000"});
     const int result = RunBenchmarksWithRatios(argc, argv, ratios);
 
     const long ours = peakResidentKilobytes(argv[0], "CbMap");
