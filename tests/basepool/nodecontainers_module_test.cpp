@@ -12,6 +12,7 @@
 
 #include <cstdio>
 #include <string>
+#include <ostream>
 #include <vector>
 
 namespace
@@ -23,6 +24,11 @@ struct SExpectedClass
     std::vector<const wchar_t*> subtests;
     unsigned int benchmarkCases;
 };
+// Names the class where GoogleTest shows a parameter, instead of dumping its bytes.
+void PrintTo(const SExpectedClass& expected, std::ostream* out)
+{
+    *out << CbWideToUtf8(expected.name);
+}
 
 const std::vector<SExpectedClass>& expectedClasses()
 {
