@@ -201,45 +201,18 @@ void ZqMD5::reset()
     m_state[1] = 0xefcdab89;
     m_state[2] = 0x98badcfe;
     m_state[3] = 0x10325476;
-    m_length = 0;
-    m_buffered = 0;
+    m_input.Reset();
 }
 
 void ZqMD5::Update(const void* data, std::size_t length)
 {
-    if (length == 0)
-        return;
-    const auto* bytes = static_cast<const unsigned char*>(data);
-    m_length += length;
-    if (m_buffered)
-    {
-        const std::size_t take = std::min(length, sizeof(m_buffer) - m_buffered);
-        std::memcpy(m_buffer + m_buffered, bytes, take);
-        m_buffered += take;
-        bytes += take;
-        length -= take;
-        if (m_buffered < sizeof(m_buffer))
-            return;
-        md5Blocks(m_state, m_buffer, 1);
-        m_buffered = 0;
-    }
-    const std::size_t blocks = length / 64;
-    md5Blocks(m_state, bytes, blocks);
-    bytes += blocks * 64;
-    length -= blocks * 64;
-    std::memcpy(m_buffer, bytes, length);
-    m_buffered = length;
+    m_input.Update(data, length, [this](const unsigned char* blocks, std::size_t count) { md5Blocks(m_state, blocks, count); });
 }
 
 ZqMD5::Digest ZqMD5::Finish()
 {
-    // Padding: one 0x80 byte, zeros up to 56 bytes into a block, then the bit length, little-endian.
-    const std::uint64_t bits = m_length * 8;
-    unsigned char tail[128] = {0x80};
-    const std::size_t padding = (m_buffered < 56 ? 56 : 120) - m_buffered;
-    for (int i = 0; i < 8; ++i)
-        tail[padding + i] = static_cast<unsigned char>(bits >> (8 * i));
-    Update(tail, padding + 8);
+    m_input.Finish(ZqDigestInput::eLO_LittleEndian,
+                   [this](const unsigned char* blocks, std::size_t count) { md5Blocks(m_state, blocks, count); });
 
     Digest digest;
     for (int i = 0; i < 4; ++i)

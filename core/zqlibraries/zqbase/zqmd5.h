@@ -2,6 +2,7 @@
 
 #include "basepool/cstring.h"
 #include "zqbase/zqbase_export.h"
+#include "zqbase/zqdigestinput.h"
 
 #include <array>
 #include <cstddef>
@@ -58,7 +59,5 @@ private:
     void reset();
 
     std::uint32_t m_state[4];
-    std::uint64_t m_length; // bytes hashed so far
-    unsigned char m_buffer[64];
-    std::size_t m_buffered;
+    ZqDigestInput m_input;
 };

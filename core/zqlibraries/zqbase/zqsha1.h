@@ -1,6 +1,7 @@
 #pragma once
 
 #include "zqbase/zqbase_export.h"
+#include "zqbase/zqdigestinput.h"
 
 #include <array>
 #include <cstddef>
@@ -60,7 +61,5 @@ private:
     EImplementation m_implementation;
     BlockFunction m_blocks;
     std::uint32_t m_state[5];
-    std::uint64_t m_length; // bytes hashed so far
-    unsigned char m_buffer[64];
-    std::size_t m_buffered;
+    ZqDigestInput m_input;
 };
