@@ -52,13 +52,17 @@ inline std::uint64_t HashBytes(const void* data, std::size_t size, std::uint64_t
     return hash;
 }
 
-// HashBytes for a size known at compile time, unrolled. The multiplications form one chain of
-// Size steps; what limits lookups is the number of instructions around it, so on x86-64 each byte
-// is XORed from memory straight into the low byte of the hash (one instruction instead of a load
-// and a XOR; the result is the same).
-template <std::size_t Size>
-inline std::uint64_t HashFixedBytes(const void* data, std::uint64_t hash = kFnvOffsetBasis)
+// FNV-1a rounds over Size bytes, unrolled, in a Word of 64 or 32 bits. A 32-bit Word gives the low
+// half of the 64-bit hash: the containers use only the low bits of a hash (bucket = hash AND mask,
+// tables of at most 2^31 buckets), and the low k bits of a sum or product depend only on the low k
+// bits of the operands, so the rounds may run with the low halves of the basis and the prime; a
+// 32-bit multiplication by a constant that fits an immediate needs no register for the prime.
+// The multiplications form one chain of Size steps; what limits lookups is the number of
+// instructions around it, so on x86-64 each byte is XORed from memory straight into the low byte of
+// the hash (one instruction instead of a load and a XOR; the result is the same).
+template <std::size_t Size, class Word> inline Word HashFixedBytesIn(const void* data, Word hash)
 {
+    static_assert(std::is_same_v<Word, std::uint64_t> || std::is_same_v<Word, std::uint32_t>);
     const unsigned char* bytes = static_cast<const unsigned char*>(data);
 #pragma GCC unroll 16
     for (std::size_t i = 0; i < Size; ++i)
@@ -68,34 +72,22 @@ inline std::uint64_t HashFixedBytes(const void* data, std::uint64_t hash = kFnvO
 #else
         hash ^= bytes[i];
 #endif
-        hash *= kFnvPrime;
+        hash *= static_cast<Word>(kFnvPrime);
     }
     return hash;
 }
 
-// The low 32 bits of HashFixedBytes. The containers use only the low bits of a hash (bucket = hash
-// AND mask, tables of at most 2^31 buckets), and the low k bits of a sum or product depend only on the
-// low k bits of the operands, so the rounds can run on 32-bit words with the low halves of the basis
-// and the prime: the result equals static_cast<std::uint32_t>(HashFixedBytes<Size>(data)). A 32-bit
-// multiplication by a constant that fits an immediate needs no register for the prime and, on some
-// processors, has a shorter latency than the 64-bit one.
-inline constexpr std::uint32_t kFnvOffsetBasisLow = static_cast<std::uint32_t>(kFnvOffsetBasis);
-inline constexpr std::uint32_t kFnvPrimeLow = static_cast<std::uint32_t>(kFnvPrime);
+// HashBytes for a size known at compile time.
+template <std::size_t Size>
+inline std::uint64_t HashFixedBytes(const void* data, std::uint64_t hash = kFnvOffsetBasis)
+{
+    return HashFixedBytesIn<Size>(data, hash);
+}
+
+// The low 32 bits of HashFixedBytes, computed in 32-bit rounds.
 template <std::size_t Size> inline std::uint32_t HashFixedBytesLow(const void* data)
 {
-    const unsigned char* bytes = static_cast<const unsigned char*>(data);
-    std::uint32_t hash = kFnvOffsetBasisLow;
-#pragma GCC unroll 16
-    for (std::size_t i = 0; i < Size; ++i)
-    {
-#if defined(__x86_64__) && defined(__GNUC__)
-        asm("xorb %1, %b0" : "+r"(hash) : "m"(bytes[i]));
-#else
-        hash ^= bytes[i];
-#endif
-        hash *= kFnvPrimeLow;
-    }
-    return hash;
+    return HashFixedBytesIn<Size>(data, static_cast<std::uint32_t>(kFnvOffsetBasis));
 }
 
 // FNV-1a with one round per character (code unit) instead of per byte: the same as HashBytes for
