@@ -11,8 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <string>
 #include <ostream>
+#include <string>
 #include <vector>
 
 namespace

@@ -206,13 +206,15 @@ void ZqMD5::reset()
 
 void ZqMD5::Update(const void* data, std::size_t length)
 {
-    m_input.Update(data, length, [this](const unsigned char* blocks, std::size_t count) { md5Blocks(m_state, blocks, count); });
+    m_input.Update(data, length,
+                   [this](const unsigned char* blocks, std::size_t count)
+                   { md5Blocks(m_state, blocks, count); });
 }
 
 ZqMD5::Digest ZqMD5::Finish()
 {
-    m_input.Finish(ZqDigestInput::eLO_LittleEndian,
-                   [this](const unsigned char* blocks, std::size_t count) { md5Blocks(m_state, blocks, count); });
+    m_input.Finish(ZqDigestInput::eLO_LittleEndian, [this](const unsigned char* blocks, std::size_t count)
+                   { md5Blocks(m_state, blocks, count); });
 
     Digest digest;
     for (int i = 0; i < 4; ++i)

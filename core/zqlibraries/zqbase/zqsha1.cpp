@@ -174,13 +174,15 @@ void ZqSHA1::reset()
 
 void ZqSHA1::Update(const void* data, std::size_t length)
 {
-    m_input.Update(data, length, [this](const unsigned char* blocks, std::size_t count) { m_blocks(m_state, blocks, count); });
+    m_input.Update(data, length,
+                   [this](const unsigned char* blocks, std::size_t count)
+                   { m_blocks(m_state, blocks, count); });
 }
 
 ZqSHA1::Digest ZqSHA1::Finish()
 {
-    m_input.Finish(ZqDigestInput::eLO_BigEndian,
-                   [this](const unsigned char* blocks, std::size_t count) { m_blocks(m_state, blocks, count); });
+    m_input.Finish(ZqDigestInput::eLO_BigEndian, [this](const unsigned char* blocks, std::size_t count)
+                   { m_blocks(m_state, blocks, count); });
 
     Digest digest;
     for (int i = 0; i < 5; ++i)
