@@ -184,8 +184,8 @@ std::string formatNumber(const SConversion& c, va_list* args)
                             : formatNumber(pattern, va_arg(*args, unsigned long long));
         }
         const std::string pattern = numberSpec(c, c.length == ELength::eChar    ? "hh"
-                                               : c.length == ELength::eShort ? "h"
-                                                                             : "");
+                                                  : c.length == ELength::eShort ? "h"
+                                                                                : "");
         return isSigned ? formatNumber(pattern, va_arg(*args, int))
                         : formatNumber(pattern, va_arg(*args, unsigned));
     }
