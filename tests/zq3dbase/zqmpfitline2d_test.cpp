@@ -33,7 +33,7 @@ template <class TVector> struct SFit
     {
         fit.weights = weighted ? &weights : nullptr;
         fit.SetFlags(CbFlags<ZqMpFitBase::EFlags>(robust ? ZqMpFitBase::eF_Robust : ZqMpFitBase::eF_None));
-        fit.MarkInputChanged();
+        fit.setInputChanged();
         return fit.Compute(ZqAlgorithm::eCF_Compute);
     }
     // The exception of a direct compute(), as "function: detail".

@@ -92,14 +92,17 @@ TEST(ZqAlgorithmCompute, ComputesOnceUntilInputOrFlagsChange)
     sum.input = {1, 2, 3};
     EXPECT_FALSE(sum.Compute(ZqAlgorithm::eCF_None));
     EXPECT_EQ(sum.computeCalls, 0);
+    EXPECT_FALSE(sum.checkOutputData());
     EXPECT_TRUE(sum.Compute());
+    EXPECT_TRUE(sum.checkOutputData());
     EXPECT_TRUE(sum.Compute());
     EXPECT_TRUE(sum.Compute(ZqAlgorithm::eCF_None));
     EXPECT_EQ(sum.computeCalls, 1);
 
     sum.input.push_back(4);
-    sum.MarkInputChanged();
+    sum.setInputChanged();
     EXPECT_FALSE(sum.IsCalculated());
+    EXPECT_FALSE(sum.checkOutputData());
     EXPECT_TRUE(sum.Compute());
     EXPECT_EQ(sum.output, 10);
     EXPECT_EQ(sum.computeCalls, 2);

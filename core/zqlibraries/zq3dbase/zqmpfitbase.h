@@ -7,7 +7,7 @@
 // share. A fitter is run through the ZqAlgorithm protocol:
 //
 //     fit.SetFlags(CbFlags<ZqMpFitBase::EFlags>(ZqMpFitBase::eF_Robust));
-//     fit.MarkInputChanged();
+//     fit.setInputChanged();
 //     if (fit.Compute()) ...
 class ZqMpFitBase : public ZqAlgorithm
 {

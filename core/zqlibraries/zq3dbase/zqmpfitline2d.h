@@ -42,7 +42,7 @@
 //     ZqMpFitLine2D<CbArray<CbVector2f>> fit;
 //     fit.points = &points;
 //     fit.SetFlags(CbFlags<ZqMpFitBase::EFlags>(ZqMpFitBase::eF_Robust));
-//     fit.MarkInputChanged();
+//     fit.setInputChanged();
 //     fit.Compute();   // coefficient1 2 (slope), coefficient2 1 (intercept), inlierWeight 0.8
 template <class TPoints> class ZqMpFitLine2D : public ZqMpFitBase
 {

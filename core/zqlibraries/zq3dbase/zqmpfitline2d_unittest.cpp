@@ -190,7 +190,7 @@ template <class TVector>
 bool ZqMpFitLine2D_UnitTest::fit(ZqMpFitLine2D<CbArray<TVector>>& fitter, bool robust, const wchar_t* what)
 {
     fitter.SetFlags(CbFlags<ZqMpFitBase::EFlags>(robust ? ZqMpFitBase::eF_Robust : ZqMpFitBase::eF_None));
-    fitter.MarkInputChanged();
+    fitter.setInputChanged();
     if (fitter.Compute(ZqAlgorithm::eCF_Compute))
         return true;
     WriteMessageFormat(eError, L"%s: Compute fehlgeschlagen: %S\n", what, fitter.GetLastError().c_str());

@@ -20,7 +20,7 @@
 //   eigenvalues   the variances along the axes, ascending.
 //   axes          unit axes, axes[i] belonging to eigenvalues[i]; each axis's sign is arbitrary.
 // Failure: each object computes once. A second compute after a result throws CbException naming
-// "ZqMpPointsToPrincipalComponents::compute" (so Compute returns false after MarkInputChanged);
+// "ZqMpPointsToPrincipalComponents::compute" (so Compute returns false after setInputChanged);
 // a covariance the eigen solver cannot decompose (non-finite points) also makes Compute return false.
 //
 //     CbArray<CbVector3f> points = ...;

@@ -163,7 +163,7 @@ bool ZqMpPointsToPrincipalComponents_UnitTest::compute(PrincipalComponents& comp
 {
     components.begin = points.begin();
     components.end = points.end();
-    components.MarkInputChanged();
+    components.setInputChanged();
     if (!components.Compute(ZqAlgorithm::eCF_Compute))
     {
         WriteMessageFormat(eError, L"Compute fehlgeschlagen: %S\n", components.GetLastError().c_str());
@@ -300,7 +300,7 @@ ZqUnitTest::EResult ZqMpPointsToPrincipalComponents_UnitTest::runTooFewPoints()
         PrincipalComponents components;
         components.begin = points.begin();
         components.end = points.begin() + count;
-        components.MarkInputChanged();
+        components.setInputChanged();
         if (!check(components.Compute(ZqAlgorithm::eCF_Compute), L"Compute mit %u Punkten fehlgeschlagen\n",
                    count) ||
             !check(!components.HasResult(), L"Ergebnis für %u Punkte\n", count))
@@ -346,7 +346,7 @@ ZqUnitTest::EResult ZqMpPointsToPrincipalComponents_UnitTest::runComputeTwice()
     const CbArray<CbVector3f> others = {{5, 5, 5}, {6, 5, 5}, {5, 7, 5}, {5, 5, 9}};
     components.begin = others.begin();
     components.end = others.end();
-    components.MarkInputChanged();
+    components.setInputChanged();
     const bool computed = components.Compute(ZqAlgorithm::eCF_Compute);
     if (!check(!computed, L"Zweite Berechnung wurde nicht abgewiesen\n") ||
         !check(components.GetLastError().find("ZqMpPointsToPrincipalComponents::compute") !=

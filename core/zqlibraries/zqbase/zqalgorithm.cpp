@@ -33,6 +33,21 @@ bool ZqAlgorithm::Compute(unsigned int flags)
     return m_calculated;
 }
 
+bool ZqAlgorithm::checkOutputData() const
+{
+    if (!m_calculated)
+        return false;
+    try
+    {
+        checkPostConditions();
+        return true;
+    }
+    catch (...)
+    {
+        return false;
+    }
+}
+
 void ZqAlgorithm::setFlagBits(unsigned long bits)
 {
     if (bits == m_flags)

@@ -10,9 +10,11 @@
 #include <string>
 
 // Base of the libraries' algorithm objects (filters ZqFt..., processors ZqMp..., minimizers). The
-// protocol: set flags and inputs, MarkInputChanged(), Compute(eCF_Compute), read the outputs.
-// Compute returns true on success; an exception inside the algorithm becomes a false result whose
-// reason GetLastError() tells. While the inputs are unchanged a second Compute does nothing.
+// protocol: set flags and inputs, setInputChanged(), Compute(eCF_Compute), checkOutputData(), read
+// the outputs. Compute returns true on success; an exception inside the algorithm becomes a false
+// result whose reason GetLastError() tells. While the inputs are unchanged a second Compute does
+// nothing. checkOutputData() tells a caller that the outputs are there and hold what the algorithm
+// promises (it asks checkPostConditions() again, without throwing).
 //
 // Flags are the bits of any enumeration the derived algorithm declares:
 //
@@ -37,7 +39,8 @@ public:
 
     bool Compute(unsigned int flags = eCF_Compute);
     bool IsCalculated() const { return m_calculated; }
-    void MarkInputChanged() { m_calculated = false; }
+    void setInputChanged() { m_calculated = false; }
+    bool checkOutputData() const;
     const std::string& GetLastError() const { return m_lastError; }
 
     template <class E> void SetFlags(CbFlags<E> flags) { setFlagBits(flags.GetBits()); }

@@ -226,7 +226,7 @@ template <class T, class Client> void ZqLineMinimization<T, Client>::compute()
             clamp = ZqMatrix<T>::Vector({tLo, tHi});
             bracketing.clamp = &clamp;
         }
-        if (!bracketing.Compute(eCF_Compute | eCF_Force))
+        if (!bracketing.Compute(eCF_Compute | eCF_Force) || !bracketing.checkOutputData())
             CB_THROW(CbException, functionText("compute").c_str(), bracketing.GetLastError());
         bracket = bracketing.bracket;
         break;
@@ -244,7 +244,7 @@ template <class T, class Client> void ZqLineMinimization<T, Client>::compute()
         brent.function = &ZqLineMinimization::evaluateAlongLine;
         brent.bracket = bracket;
         brent.tolerance = tolerance;
-        if (!brent.Compute(eCF_Compute | eCF_Force))
+        if (!brent.Compute(eCF_Compute | eCF_Force) || !brent.checkOutputData())
             CB_THROW(CbException, functionText("compute").c_str(), brent.GetLastError());
         *xmin = brent.xmin;
         *fmin = T(sign) * brent.fmin;

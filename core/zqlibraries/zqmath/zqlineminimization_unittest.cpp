@@ -96,8 +96,8 @@ ZqUnitTest::EResult ZqLineMinimization_UnitTest::runCase(const SCase& testCase)
     line.function = testCase.objective;
     line.sign = testCase.sign;
     line.maximize = testCase.sign < 0 ? 1 : 0;
-    line.MarkInputChanged();
-    if (!line.Compute(ZqAlgorithm::eCF_Compute))
+    line.setInputChanged();
+    if (!line.Compute(ZqAlgorithm::eCF_Compute) || !line.checkOutputData())
     {
         WriteMessageFormat(eError, L"Compute fehlgeschlagen: %S\n", line.GetLastError().c_str());
         return eFailed;

@@ -135,8 +135,8 @@ template <class T, class Client> void ZqPowell<T, Client>::compute()
             ZqMatrix<T> xit = directions->GetColumn(i);
             const T fptt = fret;
             line.direction = &xit;
-            line.MarkInputChanged();
-            if (!line.Compute(eCF_Compute | eCF_Force))
+            line.setInputChanged();
+            if (!line.Compute(eCF_Compute | eCF_Force) || !line.checkOutputData())
                 CB_THROW(CbException, functionText("compute").c_str(), line.GetLastError());
             fret = T(sign) * *line.fmin;
             if (fptt - fret > del)
@@ -178,8 +178,8 @@ template <class T, class Client> void ZqPowell<T, Client>::compute()
             if (t < T(0))
             {
                 line.direction = &xit;
-                line.MarkInputChanged();
-                if (!line.Compute(eCF_Compute | eCF_Force))
+                line.setInputChanged();
+                if (!line.Compute(eCF_Compute | eCF_Force) || !line.checkOutputData())
                     CB_THROW(CbException, functionText("compute").c_str(), line.GetLastError());
                 fret = T(sign) * *line.fmin;
                 // A vanishing displacement would make the set degenerate.

@@ -84,8 +84,8 @@ ZqUnitTest::EResult ZqPowell_UnitTest::runPowell(Powell::EBracketingMethod brack
         powell.boundsMatrix = &boundsMatrix;
     powell.sign = 1;
     powell.maximize = 0;
-    powell.MarkInputChanged();
-    if (!powell.Compute(ZqAlgorithm::eCF_Compute))
+    powell.setInputChanged();
+    if (!powell.Compute(ZqAlgorithm::eCF_Compute) || !powell.checkOutputData())
     {
         WriteMessageFormat(eError, L"Compute fehlgeschlagen: %S\n", powell.GetLastError().c_str());
         return eFailed;
