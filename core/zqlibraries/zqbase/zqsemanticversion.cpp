@@ -155,8 +155,7 @@ void ZqSemanticVersion::SetLabel(const char* label)
 
 std::string ZqSemanticVersion::ToString() const
 {
-    std::string text =
-        std::to_string(major) + '.' + std::to_string(minor) + '.' + std::to_string(patch);
+    std::string text = std::to_string(major) + '.' + std::to_string(minor) + '.' + std::to_string(patch);
     if (!m_label.empty())
         text += '-' + m_label;
     return text;

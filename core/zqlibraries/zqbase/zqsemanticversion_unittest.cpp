@@ -56,8 +56,8 @@ namespace
 {
 CString describe(const ZqSemanticVersion& version)
 {
-    return CbFormat(L"%u.%u.%u Label \"%S\" (\"%S\")", version.major, version.minor,
-                    version.patch, version.GetLabel().c_str(), version.ToString().c_str());
+    return CbFormat(L"%u.%u.%u Label \"%S\" (\"%S\")", version.major, version.minor, version.patch,
+                    version.GetLabel().c_str(), version.ToString().c_str());
 }
 
 CString textOf(const char* text)
