@@ -99,12 +99,33 @@ private:
     Sink m_sink;
 };
 
-// One row of a static subtest table: the name and the function that runs the subtest.
+// One row of a static subtest table: the subtest's name and what runs it. A class whose subtests are a
+// list keeps them as a table of its own member functions (or lambdas taking the test), so that adding a
+// subtest is adding a row:
 //
-//     static const ZqSubtestRow s_rows[] = {
-//         {"Compare / operator ==", [] { ...; return ZqUnitTest::ePassed; }},
+//     class CbFoo_UnitTest : public ZqUnitTest
+//     {
+//         ...
+//         EResult runSmall();
+//         EResult runRandomized(bool integer);
+//         static const ZqSubtestRow<CbFoo_UnitTest> s_subtests[];
 //     };
-struct ZqSubtestRow
+//     const ZqSubtestRow<CbFoo_UnitTest> CbFoo_UnitTest::s_subtests[] = {
+//         {"Kleine Eingaben", &CbFoo_UnitTest::runSmall},
+//         {"Zufällige Eingaben", [](CbFoo_UnitTest& test) { return test.runRandomized(false); }},
+//     };
+//     // getSubtestCount: std::size(s_subtests); getSubtestName and runUnitTest check the index
+//     // (CB_THROW naming the hook) and use s_subtests[index].name and .function(*this).
+//
+// Rows that need no test object (free functions reporting through ZqFail) use ZqSubtestRow<>, whose
+// function takes no argument.
+template <class Test = void> struct ZqSubtestRow
+{
+    const char* name;
+    std::function<ZqUnitTest::EResult(Test&)> function;
+};
+
+template <> struct ZqSubtestRow<void>
 {
     const char* name;
     std::function<ZqUnitTest::EResult()> function;
