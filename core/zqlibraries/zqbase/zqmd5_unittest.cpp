@@ -13,12 +13,6 @@ class ZqMD5_UnitTest : public ZqUnitTest, public ZqBenchmark
 {
     CB_DECLARE_RTTI(ZqMD5_UnitTest)
 
-public:
-    ZqMD5_UnitTest() = default;
-    ZqMD5_UnitTest(const ZqMD5_UnitTest&) = default;
-    ZqMD5_UnitTest& operator=(const ZqMD5_UnitTest&) = default;
-    ~ZqMD5_UnitTest() override = default;
-
 protected:
     unsigned int getSubtestCount() const override { return 2; }
     CString getSubtestName(unsigned int index) override;

@@ -14,12 +14,6 @@ class ZqSemanticVersion_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqSemanticVersion_UnitTest)
 
-public:
-    ZqSemanticVersion_UnitTest() = default;
-    ZqSemanticVersion_UnitTest(const ZqSemanticVersion_UnitTest&) = default;
-    ZqSemanticVersion_UnitTest& operator=(const ZqSemanticVersion_UnitTest&) = default;
-    ~ZqSemanticVersion_UnitTest() override = default;
-
 protected:
     EResult runUnitTest(unsigned int index) override;
 
