@@ -5,28 +5,19 @@
 
 #include "basepool/cbexception.h"
 #include "zqbase/zqrandomseed.h"
-#include "zqbase/zqtestenvironment.h"
 #include "zqbase/zqunittest.h"
 
 #include <cmath>
 #include <cstdint>
-#include <optional>
+#include <iterator>
 #include <random>
 
 class ZqFtConvexHull2D_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqFtConvexHull2D_UnitTest)
 
-public:
-    ZqFtConvexHull2D_UnitTest() = default;
-    ZqFtConvexHull2D_UnitTest(const ZqFtConvexHull2D_UnitTest&) = default;
-    ZqFtConvexHull2D_UnitTest(ZqFtConvexHull2D_UnitTest&&) = default;
-    ZqFtConvexHull2D_UnitTest& operator=(const ZqFtConvexHull2D_UnitTest&) = default;
-    ZqFtConvexHull2D_UnitTest& operator=(ZqFtConvexHull2D_UnitTest&&) = default;
-    ~ZqFtConvexHull2D_UnitTest() override = default;
-
 protected:
-    unsigned int getSubtestCount() const override { return 7; }
+    unsigned int getSubtestCount() const override;
     CString getSubtestName(unsigned int index) override;
     EResult runUnitTest(unsigned int index) override;
 
@@ -41,51 +32,46 @@ private:
     static EResult compareHull(const CbArray<CbVector2f>& input, const CbArray<CbVector2f>& expected);
     // One random point set drawn from seed, checked for duplicate corners and points outside.
     static EResult runRandomizedCase(std::uint32_t seed, bool integerCoordinates, bool rotatedGrid);
-    void writeSeed(std::uint32_t seed) const
-    {
-        WriteMessageFormat(eInfo, L"Startwert des Zufallsgenerators: %d\n", static_cast<int>(seed));
-    }
+
+    static const ZqSubtestRow<ZqFtConvexHull2D_UnitTest> s_subtests[];
 };
 
 CB_IMPLEMENT_RTTI(ZqFtConvexHull2D_UnitTest, ZqUnitTest::RTTI);
 
+const ZqSubtestRow<ZqFtConvexHull2D_UnitTest> ZqFtConvexHull2D_UnitTest::s_subtests[] = {
+    {"Konvexe Hülle, Test auf Bug mit Umlaufsinn",
+     &ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestBugDetection0},
+    {"Konvexe Hülle, Test auf Bug im Kollinearitäts-Test",
+     &ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestBugDetection1},
+    {"Konvexe Hülle von wenigen Punkten (0,1,2)",
+     &ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestSmallInput},
+    {"Konvexe Hülle von zufälligen Punkten",
+     [](ZqFtConvexHull2D_UnitTest& test) { return test.runConvexHullUnitTestRandomized(false, false); }},
+    {"Konvexe Hülle von zufälligen Punkten (ganzzahlige Koordinaten)",
+     [](ZqFtConvexHull2D_UnitTest& test) { return test.runConvexHullUnitTestRandomized(true, false); }},
+    {"Konvexe Hülle von zufälligen Punkten (verdrehtes Gitter)",
+     [](ZqFtConvexHull2D_UnitTest& test) { return test.runConvexHullUnitTestRandomized(true, true); }},
+    {"Konvexe Hülle, mehrere extremale Punkte mit gleicher x-Koordinate",
+     &ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestSameXCoordinate},
+};
+
+unsigned int ZqFtConvexHull2D_UnitTest::getSubtestCount() const
+{
+    return static_cast<unsigned int>(std::size(s_subtests));
+}
+
 CString ZqFtConvexHull2D_UnitTest::getSubtestName(unsigned int index)
 {
-    if (index > 6)
+    if (index >= std::size(s_subtests))
         CB_THROW(CbException, "ZqFtConvexHull2D_UnitTest::getSubtestName");
-    static const wchar_t* const names[] = {
-        L"Konvexe Hülle, Test auf Bug mit Umlaufsinn",
-        L"Konvexe Hülle, Test auf Bug im Kollinearitäts-Test",
-        L"Konvexe Hülle von wenigen Punkten (0,1,2)",
-        L"Konvexe Hülle von zufälligen Punkten",
-        L"Konvexe Hülle von zufälligen Punkten (ganzzahlige Koordinaten)",
-        L"Konvexe Hülle von zufälligen Punkten (verdrehtes Gitter)",
-        L"Konvexe Hülle, mehrere extremale Punkte mit gleicher x-Koordinate",
-    };
-    return names[index];
+    return CString(s_subtests[index].name);
 }
 
 ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runUnitTest(unsigned int index)
 {
-    if (index > 6)
+    if (index >= std::size(s_subtests))
         CB_THROW(CbException, "ZqFtConvexHull2D_UnitTest::runUnitTest");
-    switch (index)
-    {
-    case 0:
-        return runConvexHullUnitTestBugDetection0();
-    case 1:
-        return runConvexHullUnitTestBugDetection1();
-    case 2:
-        return runConvexHullUnitTestSmallInput();
-    case 3:
-        return runConvexHullUnitTestRandomized(false, false);
-    case 4:
-        return runConvexHullUnitTestRandomized(true, false);
-    case 5:
-        return runConvexHullUnitTestRandomized(true, true);
-    default:
-        return runConvexHullUnitTestSameXCoordinate();
-    }
+    return s_subtests[index].function(*this);
 }
 
 ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::compareHull(const CbArray<CbVector2f>& input,
@@ -178,35 +164,9 @@ ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestSameXCoordin
 ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestRandomized(bool integerCoordinates,
                                                                                bool rotatedGrid)
 {
-    // A replayed seed is the seed of the one case that failed.
-    if (const std::optional<std::uint32_t> replay = ZqTestEnvironment::GetReplaySeed())
-    {
-        const EResult result = runRandomizedCase(*replay, integerCoordinates, rotatedGrid);
-        if (result != ePassed)
-            writeSeed(*replay);
-        return result;
-    }
-    std::mt19937 seeds(ZqRandomSeed::FromClock());
-    for (int i = 0; i < 5000; ++i)
-    {
-        const std::uint32_t seed = seeds();
-        EResult result;
-        try
-        {
-            result = runRandomizedCase(seed, integerCoordinates, rotatedGrid);
-        }
-        catch (...)
-        {
-            writeSeed(seed);
-            throw;
-        }
-        if (result != ePassed)
-        {
-            writeSeed(seed);
-            return result;
-        }
-    }
-    return ePassed;
+    return ZqRandomSeed::RunCases(*this, 5000,
+                                  [&](std::uint32_t seed)
+                                  { return runRandomizedCase(seed, integerCoordinates, rotatedGrid); });
 }
 
 ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runRandomizedCase(std::uint32_t seed, bool integerCoordinates,

@@ -6,6 +6,7 @@
 #include "zqmath/zqpowell.h"
 
 #include <cmath>
+#include <iterator>
 
 class ZqPowell_UnitTest : public ZqUnitTest
 {
@@ -23,44 +24,39 @@ private:
     EResult runPowell(Powell::EBracketingMethod bracketing, bool bounded, float limit);
     // |p + (1, -0.5)|^2, 0 at (-1, 0.5).
     float distanceToCentre(const ZqMatrix<float>& p);
+
+    static const ZqSubtestRow<ZqPowell_UnitTest> s_subtests[];
 };
 
 CB_IMPLEMENT_RTTI(ZqPowell_UnitTest, ZqUnitTest::RTTI);
 
+const ZqSubtestRow<ZqPowell_UnitTest> ZqPowell_UnitTest::s_subtests[] = {
+    {"Standard-Test",
+     [](ZqPowell_UnitTest& test) { return test.runPowell(Powell::eBM_Parabolic, false, 0.0f); }},
+    // y <= 0 keeps the minimum out of reach: only a bounded descent is asked for.
+    {"Bounds-Test",
+     [](ZqPowell_UnitTest& test) { return test.runPowell(Powell::eBM_Parabolic, true, 25.0f); }},
+    {"NoBracketing-Test",
+     [](ZqPowell_UnitTest& test) { return test.runPowell(Powell::eBM_Bounds, true, 25.0f); }},
+};
+
 unsigned int ZqPowell_UnitTest::getSubtestCount() const
 {
-    return 3;
+    return static_cast<unsigned int>(std::size(s_subtests));
 }
 
 CString ZqPowell_UnitTest::getSubtestName(unsigned int index)
 {
-    switch (index)
-    {
-    case 0:
-        return L"Standard-Test";
-    case 1:
-        return L"Bounds-Test";
-    case 2:
-        return L"NoBracketing-Test";
-    default:
+    if (index >= std::size(s_subtests))
         CB_THROW(CbException, "ZqPowell_UnitTest::getSubtestName");
-    }
+    return CString(s_subtests[index].name);
 }
 
 ZqUnitTest::EResult ZqPowell_UnitTest::runUnitTest(unsigned int index)
 {
-    switch (index)
-    {
-    case 0:
-        return runPowell(Powell::eBM_Parabolic, false, 0.0f);
-    case 1:
-        // y <= 0 keeps the minimum out of reach: only a bounded descent is asked for.
-        return runPowell(Powell::eBM_Parabolic, true, 25.0f);
-    case 2:
-        return runPowell(Powell::eBM_Bounds, true, 25.0f);
-    default:
+    if (index >= std::size(s_subtests))
         CB_THROW(CbException, "ZqPowell_UnitTest::runUnitTest");
-    }
+    return s_subtests[index].function(*this);
 }
 
 ZqUnitTest::EResult ZqPowell_UnitTest::runPowell(Powell::EBracketingMethod bracketing, bool bounded,
