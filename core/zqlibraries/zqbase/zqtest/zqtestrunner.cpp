@@ -1,15 +1,15 @@
-#include "zqbase/zqtestrunner.h"
+#include "zqbase/zqtest/zqtestrunner.h"
 
 #include "zqbase/cbtimer.h"
-#include "zqbase/zqtestcatalog.h"
-#include "zqbase/zqtestclassrun.h"
-#include "zqbase/zqtestconsole.h"
+#include "zqbase/zqtest/zqtestcatalog.h"
+#include "zqbase/zqtest/zqtestclassrun.h"
+#include "zqbase/zqtest/zqtestconsole.h"
+#include "zqbase/zqtest/zqtestfilter.h"
+#include "zqbase/zqtest/zqtestoptions.h"
+#include "zqbase/zqtest/zqtestprotocol.h"
+#include "zqbase/zqtest/zqtestreports.h"
+#include "zqbase/zqtest/zqtestsupervisor.h"
 #include "zqbase/zqtestenvironment.h"
-#include "zqbase/zqtestfilter.h"
-#include "zqbase/zqtestoptions.h"
-#include "zqbase/zqtestprotocol.h"
-#include "zqbase/zqtestreports.h"
-#include "zqbase/zqtestsupervisor.h"
 
 #include <algorithm>
 #include <chrono>

@@ -1,4 +1,4 @@
-#include "zqbase/zqtestoptions.h"
+#include "zqbase/zqtest/zqtestoptions.h"
 
 #include <cerrno>
 #include <cstdlib>

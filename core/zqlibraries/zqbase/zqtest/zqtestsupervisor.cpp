@@ -1,7 +1,7 @@
-#include "zqbase/zqtestsupervisor.h"
+#include "zqbase/zqtest/zqtestsupervisor.h"
 
-#include "zqbase/zqtestclassrun.h"
-#include "zqbase/zqtestprotocol.h"
+#include "zqbase/zqtest/zqtestclassrun.h"
+#include "zqbase/zqtest/zqtestprotocol.h"
 
 #include <algorithm>
 #include <cerrno>

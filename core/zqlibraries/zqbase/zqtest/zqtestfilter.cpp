@@ -1,4 +1,4 @@
-#include "zqbase/zqtestfilter.h"
+#include "zqbase/zqtest/zqtestfilter.h"
 
 namespace
 {
