@@ -48,6 +48,19 @@ bool ZqTestFilter::Matches(std::string_view className, unsigned index, std::stri
     return !anyMatches(m_negative, className, fullName, indexName);
 }
 
+bool ZqTestFilter::MatchesClass(std::string_view className) const
+{
+    const std::string prefix = std::string(className) + '.';
+    auto any = [&](const std::vector<std::string>& patterns)
+    {
+        for (const std::string& pattern : patterns)
+            if (Glob(pattern, className) || Glob(pattern, prefix))
+                return true;
+        return false;
+    };
+    return (m_positive.empty() || any(m_positive)) && !any(m_negative);
+}
+
 bool ZqTestFilter::anyMatches(const std::vector<std::string>& patterns, std::string_view className,
                               std::string_view fullName, std::string_view indexName)
 {

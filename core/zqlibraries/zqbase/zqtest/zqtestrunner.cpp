@@ -5,6 +5,7 @@
 #include "zqbase/zqtest/zqtestclassrun.h"
 #include "zqbase/zqtest/zqtestconsole.h"
 #include "zqbase/zqtest/zqtestfilter.h"
+#include "zqbase/zqtest/zqtestlisting.h"
 #include "zqbase/zqtest/zqtestoptions.h"
 #include "zqbase/zqtest/zqtestprotocol.h"
 #include "zqbase/zqtest/zqtestreports.h"
@@ -76,28 +77,6 @@ private:
     std::string m_path;
 };
 
-struct SPlan
-{
-    const ZqTestClassInfo* info;
-    std::vector<unsigned> indices;
-};
-
-// GoogleTest's listing is read back by tools that pass the names to --gtest_filter. Characters
-// that would not survive that trip (':' and '-' split filters, " #" starts a comment for CMake's
-// test discovery, surrounding blanks are trimmed) are written '?', which the filter matches.
-std::string googleTestName(const std::string& name)
-{
-    std::string safe = name;
-    for (char& c : safe)
-        if (c == ':' || c == '-' || c == '#' || (static_cast<unsigned char>(c) < 0x20))
-            c = '?';
-    if (!safe.empty() && safe.front() == ' ')
-        safe.front() = '?';
-    if (!safe.empty() && safe.back() == ' ')
-        safe.back() = '?';
-    return safe.empty() ? "?" : safe;
-}
-
 class CRunner
 {
 public:
@@ -109,11 +88,12 @@ public:
     int Run();
 
 private:
-    std::vector<SPlan> select(bool shard) const;
-    int list(const std::vector<SPlan>& plans) const;
-    int run(const std::vector<SPlan>& plans);
-    bool runIteration(std::vector<SPlan> plans, int iteration, std::uint32_t seed, ZqTestConsole& console,
-                      const std::string& scratch, std::vector<ZqClassRecord>& records);
+    std::vector<ZqTestSelection> select(bool forListing) const;
+    int list(const std::vector<ZqTestSelection>& plans) const;
+    int run(const std::vector<ZqTestSelection>& plans);
+    bool runIteration(std::vector<ZqTestSelection> plans, int iteration, std::uint32_t seed,
+                      ZqTestConsole& console, const std::string& scratch,
+                      std::vector<ZqClassRecord>& records);
     std::vector<std::string> childArguments() const;
     std::string replayCommand() const;
     void writeReports(const ZqRunRecord& run) const;
@@ -142,8 +122,8 @@ int CRunner::Run()
         if (!m_options.shardStatusFile.empty())
             std::ofstream(m_options.shardStatusFile).flush();
         if (m_options.list)
-            return list(select(false));
-        return run(select(true));
+            return list(select(true));
+        return run(select(false));
     }
     catch (const std::exception& e)
     {
@@ -152,87 +132,62 @@ int CRunner::Run()
     }
 }
 
-std::vector<SPlan> CRunner::select(bool shard) const
+std::vector<ZqTestSelection> CRunner::select(bool forListing) const
 {
     const ZqTestFilter filter(m_options.filter);
-    std::vector<SPlan> plans;
+    std::vector<ZqTestSelection> selection;
     unsigned counter = 0;
     bool matched = false;
+    auto inShard = [&] { return forListing || counter++ % m_options.shardCount == m_options.shardIndex; };
     for (const ZqTestClassInfo& info : m_catalog.GetClasses())
     {
-        SPlan plan{&info, {}};
+        ZqTestSelection entry{&info, {}};
         // A class whose subtests could not be read runs as a failure of its own when it is selected.
         bool broken = !info.error.empty() && filter.Matches(info.name, 0, "");
         if (broken)
         {
             matched = true;
-            broken = !shard || counter++ % m_options.shardCount == m_options.shardIndex;
+            broken = inShard();
         }
         for (unsigned i = 0; i < info.subtests.size(); ++i)
         {
             if (!filter.Matches(info.name, i, info.subtests[i]))
                 continue;
             matched = true;
-            if (!shard || counter++ % m_options.shardCount == m_options.shardIndex)
-                plan.indices.push_back(i);
+            if (inShard())
+                entry.indices.push_back(i);
         }
-        if (!plan.indices.empty() || broken)
-            plans.push_back(std::move(plan));
+        // A test without subtests is listed all the same; there is nothing of it to run.
+        const bool empty =
+            forListing && info.error.empty() && info.subtests.empty() && filter.MatchesClass(info.name);
+        if (!entry.indices.empty() || broken || empty)
+            selection.push_back(std::move(entry));
+        matched = matched || empty;
     }
     if (!matched)
         throw ZqTestUsageError(m_options.filterGiven ? "filter '" + m_options.filter + "' matches no subtest"
                                                      : std::string("the modules have no subtests"));
-    return plans;
+    return selection;
 }
 
-int CRunner::list(const std::vector<SPlan>& plans) const
+int CRunner::list(const std::vector<ZqTestSelection>& selection) const
 {
     if (m_options.json)
     {
-        std::string out = "{\"tests\": [";
-        for (std::size_t p = 0; p < plans.size(); ++p)
-        {
-            const ZqTestClassInfo& info = *plans[p].info;
-            out += std::string(p ? ",\n  " : "\n  ") + "{\"class\": " + ZqTestReports::JsonString(info.name) +
-                   ", \"parents\": [";
-            for (std::size_t i = 0; i < info.parents.size(); ++i)
-                out += std::string(i ? ", " : "") + ZqTestReports::JsonString(info.parents[i]);
-            out += "],\n   \"subtests\": [";
-            for (std::size_t i = 0; i < plans[p].indices.size(); ++i)
-            {
-                const unsigned index = plans[p].indices[i];
-                out += std::string(i ? ", " : "") + "{\"index\": " + std::to_string(index) +
-                       ", \"name\": " + ZqTestReports::JsonString(info.subtests[index]) + "}";
-            }
-            out += "]";
-            if (!info.error.empty())
-                out += ", \"error\": " + ZqTestReports::JsonString(info.error);
-            out += "}";
-        }
-        out += "]}\n";
+        const std::string out = ZqTestListing::ToJson(selection);
         if (*m_options.json == "-")
             std::fputs(out.c_str(), stdout);
         else
             ZqTestReports::WriteFileAtomically(*m_options.json, out);
         return 0;
     }
-    for (const SPlan& plan : plans)
-    {
-        if (!plan.info->error.empty())
-            std::fprintf(stderr, "zqtest: warning: %s: %s\n", plan.info->name.c_str(),
-                         plan.info->error.c_str());
-        if (m_options.listGoogleTest)
-        {
-            std::printf("%s.\n", plan.info->name.c_str());
-            for (unsigned index : plan.indices)
-                std::printf("  %s\n", googleTestName(plan.info->subtests[index]).c_str());
-            continue;
-        }
-        std::printf("%s (%zu %s)\n", plan.info->name.c_str(), plan.indices.size(),
-                    plan.indices.size() == 1 ? "subtest" : "subtests");
-        for (unsigned index : plan.indices)
-            std::printf("  #%-3u %s\n", index, plan.info->subtests[index].c_str());
-    }
+    for (const ZqTestSelection& entry : selection)
+        if (!entry.info->error.empty())
+            std::fprintf(stderr, "zqtest: warning: %s: %s\n", entry.info->name.c_str(),
+                         entry.info->error.c_str());
+    const std::string out =
+        m_options.listGoogleTest ? ZqTestListing::ToGoogleTest(selection) : ZqTestListing::ToText(selection);
+    std::fputs(out.c_str(), stdout);
     return 0;
 }
 
@@ -265,7 +220,7 @@ std::string CRunner::replayCommand() const
     return command;
 }
 
-int CRunner::run(const std::vector<SPlan>& plans)
+int CRunner::run(const std::vector<ZqTestSelection>& plans)
 {
     if (m_options.jobs == 0)
         m_options.jobs = std::max(1u, std::thread::hardware_concurrency());
@@ -312,7 +267,7 @@ int CRunner::run(const std::vector<SPlan>& plans)
     return run.Count().failed ? 1 : 0;
 }
 
-bool CRunner::runIteration(std::vector<SPlan> plans, int iteration, std::uint32_t seed,
+bool CRunner::runIteration(std::vector<ZqTestSelection> plans, int iteration, std::uint32_t seed,
                            ZqTestConsole& console, const std::string& scratch,
                            std::vector<ZqClassRecord>& records)
 {
@@ -320,7 +275,7 @@ bool CRunner::runIteration(std::vector<SPlan> plans, int iteration, std::uint32_
     {
         std::mt19937 generator(seed);
         std::shuffle(plans.begin(), plans.end(), generator);
-        for (SPlan& plan : plans)
+        for (ZqTestSelection& plan : plans)
             std::shuffle(plan.indices.begin(), plan.indices.end(), generator);
     }
     unsigned subtests = 0;
