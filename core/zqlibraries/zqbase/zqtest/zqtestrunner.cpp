@@ -77,6 +77,23 @@ private:
     std::string m_path;
 };
 
+// A class's record with its selected subtests in run order, all pending.
+ZqClassRecord pendingRecord(const ZqTestSelection& entry, int iteration)
+{
+    ZqClassRecord record;
+    record.name = entry.info->name;
+    record.parents = entry.info->parents;
+    record.iteration = iteration;
+    for (unsigned index : entry.indices)
+    {
+        ZqSubtestRecord subtest;
+        subtest.index = index;
+        subtest.name = entry.info->subtests[index];
+        record.subtests.push_back(std::move(subtest));
+    }
+    return record;
+}
+
 class CRunner
 {
 public:
@@ -89,11 +106,13 @@ public:
 
 private:
     std::vector<ZqTestSelection> select(bool forListing) const;
-    int list(const std::vector<ZqTestSelection>& plans) const;
-    int run(const std::vector<ZqTestSelection>& plans);
-    bool runIteration(std::vector<ZqTestSelection> plans, int iteration, std::uint32_t seed,
+    int list(const std::vector<ZqTestSelection>& selection) const;
+    int run(const std::vector<ZqTestSelection>& selection);
+    bool runIteration(std::vector<ZqTestSelection> selection, int iteration, std::uint32_t seed,
                       ZqTestConsole& console, const std::string& scratch,
                       std::vector<ZqClassRecord>& records);
+    bool runIsolated(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const;
+    bool runInProcess(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const;
     std::vector<std::string> childArguments() const;
     std::string replayCommand() const;
     void writeReports(const ZqRunRecord& run) const;
@@ -220,7 +239,7 @@ std::string CRunner::replayCommand() const
     return command;
 }
 
-int CRunner::run(const std::vector<ZqTestSelection>& plans)
+int CRunner::run(const std::vector<ZqTestSelection>& selection)
 {
     if (m_options.jobs == 0)
         m_options.jobs = std::max(1u, std::thread::hardware_concurrency());
@@ -254,7 +273,7 @@ int CRunner::run(const std::vector<ZqTestSelection>& plans)
     {
         std::vector<ZqClassRecord> records;
         const bool finished =
-            runIteration(plans, iteration, run.seed + static_cast<std::uint32_t>(iteration - 1), console,
+            runIteration(selection, iteration, run.seed + static_cast<std::uint32_t>(iteration - 1), console,
                          scratch.Path(), records);
         for (ZqClassRecord& record : records)
             run.classes.push_back(std::move(record));
@@ -267,69 +286,61 @@ int CRunner::run(const std::vector<ZqTestSelection>& plans)
     return run.Count().failed ? 1 : 0;
 }
 
-bool CRunner::runIteration(std::vector<ZqTestSelection> plans, int iteration, std::uint32_t seed,
+bool CRunner::runIteration(std::vector<ZqTestSelection> selection, int iteration, std::uint32_t seed,
                            ZqTestConsole& console, const std::string& scratch,
                            std::vector<ZqClassRecord>& records)
 {
     if (m_options.shuffle)
     {
         std::mt19937 generator(seed);
-        std::shuffle(plans.begin(), plans.end(), generator);
-        for (ZqTestSelection& plan : plans)
-            std::shuffle(plan.indices.begin(), plan.indices.end(), generator);
+        std::shuffle(selection.begin(), selection.end(), generator);
+        for (ZqTestSelection& entry : selection)
+            std::shuffle(entry.indices.begin(), entry.indices.end(), generator);
     }
     unsigned subtests = 0;
-    records.resize(plans.size());
-    for (std::size_t i = 0; i < plans.size(); ++i)
+    for (const ZqTestSelection& entry : selection)
     {
-        const ZqTestClassInfo& info = *plans[i].info;
-        ZqClassRecord& record = records[i];
-        record.name = info.name;
-        record.parents = info.parents;
-        record.iteration = iteration;
-        for (unsigned index : plans[i].indices)
-        {
-            ZqSubtestRecord subtest;
-            subtest.index = index;
-            subtest.name = info.subtests[index];
-            record.subtests.push_back(std::move(subtest));
-        }
-        subtests += static_cast<unsigned>(plans[i].indices.size());
+        records.push_back(pendingRecord(entry, iteration));
+        subtests += static_cast<unsigned>(entry.indices.size());
     }
-    console.RunStart(subtests, static_cast<unsigned>(plans.size()),
+    console.RunStart(subtests, static_cast<unsigned>(selection.size()),
                      m_options.shuffle ? std::optional<std::uint32_t>(seed) : std::nullopt, iteration,
                      m_options.repeat);
 
     std::vector<std::unique_ptr<ZqTestClassRun>> runs;
-    std::vector<ZqTestClassRun*> isolated;
-    for (std::size_t i = 0; i < plans.size(); ++i)
+    std::vector<ZqTestClassRun*> runnable;
+    for (std::size_t i = 0; i < selection.size(); ++i)
     {
         runs.push_back(std::make_unique<ZqTestClassRun>(records[i], console));
-        if (!plans[i].info->error.empty())
+        if (selection[i].info->error.empty())
         {
-            runs.back()->OnPhase(EZqTestPhase::eInit);
-            records[i].error = plans[i].info->error;
-            runs.back()->Finish();
+            runnable.push_back(runs.back().get());
+            continue;
         }
-        else
-            isolated.push_back(runs.back().get());
+        runs.back()->OnPhase(EZqTestPhase::eInit);
+        records[i].error = selection[i].info->error;
+        runs.back()->Finish();
     }
+    return m_options.inProcess ? runInProcess(runnable, scratch) : runIsolated(runnable, scratch);
+}
 
-    if (!m_options.inProcess)
-    {
-        ZqTestSupervisor::SSettings settings;
-        std::error_code error;
-        settings.program = std::filesystem::read_symlink("/proc/self/exe", error).string();
-        settings.arguments = childArguments();
-        settings.scratch = scratch;
-        settings.jobs = m_options.jobs;
-        settings.timeoutSeconds = m_options.timeoutSeconds;
-        settings.failFast = m_options.failFast;
-        return ZqTestSupervisor(settings).Run(isolated);
-    }
+bool CRunner::runIsolated(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const
+{
+    ZqTestSupervisor::SSettings settings;
+    std::error_code error;
+    settings.program = std::filesystem::read_symlink("/proc/self/exe", error).string();
+    settings.arguments = childArguments();
+    settings.scratch = scratch;
+    settings.jobs = m_options.jobs;
+    settings.timeoutSeconds = m_options.timeoutSeconds;
+    settings.failFast = m_options.failFast;
+    return ZqTestSupervisor(settings).Run(runs);
+}
 
+bool CRunner::runInProcess(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const
+{
     bool stopped = false;
-    for (ZqTestClassRun* classRun : isolated)
+    for (ZqTestClassRun* classRun : runs)
     {
         const std::string& name = classRun->GetRecord().name;
         if (!stopped)
