@@ -21,6 +21,12 @@ protected:
     CString getSubtestName(unsigned int index) override;
     EResult runUnitTest(unsigned int index) override;
 
+    // The comparison of subtests 0, 1, 2 and 6: hull must be expected, up to its starting vertex.
+    static EResult matchHull(const CbArray<CbVector2f>& hull, const CbArray<CbVector2f>& expected);
+    // The check of a randomized case: no corner repeated by the next, no point of points outside a
+    // counter-clockwise edge by more than the relative tolerance.
+    static EResult checkRandomHull(const CbArray<CbVector2f>& points, const CbArray<CbVector2f>& hull);
+
 private:
     EResult runConvexHullUnitTestBugDetection0();
     EResult runConvexHullUnitTestBugDetection1();
@@ -28,10 +34,12 @@ private:
     EResult runConvexHullUnitTestRandomized(bool integerCoordinates, bool rotatedGrid);
     EResult runConvexHullUnitTestSameXCoordinate();
 
-    // Runs the hull on a copy of input and compares it with expected, up to the starting vertex.
+    // Runs the hull on a copy of input and matches it with expected.
     static EResult compareHull(const CbArray<CbVector2f>& input, const CbArray<CbVector2f>& expected);
-    // One random point set drawn from seed, checked for duplicate corners and points outside.
+    // One random point set drawn from seed, its hull checked.
     static EResult runRandomizedCase(std::uint32_t seed, bool integerCoordinates, bool rotatedGrid);
+    static CbArray<CbVector2f> drawRandomPoints(std::uint32_t seed, bool integerCoordinates,
+                                                bool rotatedGrid);
 
     static const ZqSubtestRow<ZqFtConvexHull2D_UnitTest> s_subtests[];
 };
@@ -79,6 +87,12 @@ ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::compareHull(const CbArray<CbVecto
 {
     CbArray<CbVector2f> hull(input);
     ZqFtConvexHull2D::Compute(hull);
+    return matchHull(hull, expected);
+}
+
+ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::matchHull(const CbArray<CbVector2f>& hull,
+                                                         const CbArray<CbVector2f>& expected)
+{
     const unsigned int n = hull.GetCount();
     if (n != expected.GetCount())
         return eFailed;
@@ -172,6 +186,15 @@ ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestRandomized(b
 ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runRandomizedCase(std::uint32_t seed, bool integerCoordinates,
                                                                  bool rotatedGrid)
 {
+    const CbArray<CbVector2f> points = drawRandomPoints(seed, integerCoordinates, rotatedGrid);
+    CbArray<CbVector2f> hull(points);
+    ZqFtConvexHull2D::Compute(hull);
+    return checkRandomHull(points, hull);
+}
+
+CbArray<CbVector2f> ZqFtConvexHull2D_UnitTest::drawRandomPoints(std::uint32_t seed, bool integerCoordinates,
+                                                                bool rotatedGrid)
+{
     std::mt19937 random(seed);
     const auto unit = [&random] { return double(random()) * (1.0 / 4294967296.0); };
     unsigned int count;
@@ -200,9 +223,12 @@ ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runRandomizedCase(std::uint32_t s
         for (CbVector2f& p : points)
             p = {a * p.x + b * p.y + 10.0f * c, d * p.x + e * p.y + 10.0f * f};
     }
+    return points;
+}
 
-    CbArray<CbVector2f> hull(points);
-    ZqFtConvexHull2D::Compute(hull);
+ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::checkRandomHull(const CbArray<CbVector2f>& points,
+                                                               const CbArray<CbVector2f>& hull)
+{
     const unsigned int n = hull.GetCount();
     for (unsigned int i = 0; n > 1 && i < n; ++i)
         if (hull[i] == hull[(i + 1) % n])
