@@ -32,10 +32,11 @@
 //                 matrix alone); otherwise the eigenvectors are the rows of *matrix.
 //   work          n x 1 scratch of the symmetric method (the off-diagonal of the tridiagonal form).
 // GetEigenvectors() returns whichever matrix holds the eigenvectors.
-// Both methods work on the matrix scaled by a power of two that brings its largest magnitude to
-// [0.5, 1) and scale the eigenvalues back: over the whole range of double, small matrices keep their
-// off-diagonal terms out of the subnormals and large ones do not overflow, and matrices of ordinary
-// size give the same bits as without the scaling.
+// Both methods work on a matrix whose largest magnitude lies far out in the range of T (beyond 2^+-256
+// for double) scaled by a power of two that brings it to [0.5, 1), and scale the eigenvalues back: over
+// the whole range of double, small matrices keep their off-diagonal terms out of the subnormals and
+// large ones do not overflow. Matrices of ordinary magnitude are not scaled; for them it would change
+// no bit.
 // Failure: Compute throws CbExceptionPreconditionViolation for bad flags, a missing or non-square
 // matrix and a call while another Compute of the same solver runs; CbException when a method does
 // not converge (the outputs then hold the last state and are not meaningful).
@@ -78,7 +79,7 @@ private:
     void computeSymmetric();
     void computeJacobi();
     bool jacobiSweep(int sweep);
-    void jacobiRotate(std::size_t p, std::size_t q, T tangent);
+    static void jacobiRotate(ZqMatrix<T>& a, ZqMatrix<T>& v, T* d, T* z, std::size_t p, std::size_t q, T t);
     void sort(T multiplier);
     void tridiagonalize(ZqMatrix<T>& a, T* d, T* e);
     static T householderVector(ZqMatrix<T>& a, std::size_t k, T* v);
@@ -154,7 +155,10 @@ template <class T> void ZqEigenSolver<T>::computeSymmetric()
 }
 
 // The exponent e with 2^(e - 1) <= largest magnitude < 2^e over the upper or the lower triangle
-// (diagonal included); 0 for a zero matrix or one with an infinite element.
+// (diagonal included), when that magnitude lies outside [2^-(m/4), 2^(m/4)) (m the largest exponent of T:
+// 1024 for double) and so close enough to either end of T's range for squares of elements or of their
+// small differences to overflow or fall into the subnormals; 0 otherwise, and for a zero matrix or one
+// with an infinite element. Within that band the scaling would change no bit, so it is left out.
 template <class T> int ZqEigenSolver<T>::scaleExponent(const ZqMatrix<T>& a, bool upper)
 {
     const std::size_t n = a.GetRows();
@@ -162,8 +166,16 @@ template <class T> int ZqEigenSolver<T>::scaleExponent(const ZqMatrix<T>& a, boo
     for (std::size_t i = 0; i < n; ++i)
         for (std::size_t j = upper ? i : 0; j < (upper ? n : i + 1); ++j)
             largest = std::max(largest, std::abs(a(i, j)));
+    constexpr T high = []
+    {
+        T power = T(1);
+        for (int i = 0; i < std::numeric_limits<T>::max_exponent / 4; ++i)
+            power *= T(2);
+        return power;
+    }();
+    constexpr T low = T(1) / high;
     int exponent = 0;
-    if (largest > T(0) && std::isfinite(largest))
+    if (largest > T(0) && (largest < low || largest >= high) && std::isfinite(largest))
         std::frexp(largest, &exponent);
     return exponent;
 }
@@ -437,7 +449,7 @@ template <class T> bool ZqEigenSolver<T>::jacobiSweep(int sweep)
                 if (theta < T(0))
                     t = -t;
             }
-            jacobiRotate(p, q, t);
+            jacobiRotate(a, *eigenvectors, d, z, p, q, t);
         }
     for (std::size_t i = 0; i < n; ++i)
     {
@@ -450,13 +462,11 @@ template <class T> bool ZqEigenSolver<T>::jacobiSweep(int sweep)
 
 // The rotation with tangent t that zeroes a(p, q), applied to the upper triangle, the diagonal and the
 // eigenvector rows p and q.
-template <class T> void ZqEigenSolver<T>::jacobiRotate(std::size_t p, std::size_t q, T t)
+template <class T>
+void ZqEigenSolver<T>::jacobiRotate(ZqMatrix<T>& a, ZqMatrix<T>& v, T* d, T* z, std::size_t p, std::size_t q,
+                                    T t)
 {
-    ZqMatrix<T>& a = *matrix;
-    ZqMatrix<T>& v = *eigenvectors;
     const std::size_t n = a.GetRows();
-    T* d = eigenvalues->GetData();
-    T* z = m_scratch.data() + n;
     const T c = T(1) / std::sqrt(T(1) + t * t);
     const T s = t * c;
     const T tau = s / (T(1) + c);
