@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build needs, and only when one is missing, so that the
-# README commands cost nothing on a machine that already has them.
+# install-deps.sh [fuzz]: installs the Debian packages the build needs, and only when one is missing,
+# so that the README commands cost nothing on a machine that already has them. With "fuzz" also clang
+# and its runtime libraries (libFuzzer, the sanitizers), which only scripts/run-fuzz.sh needs.
 set -euo pipefail
 
 packages=(
@@ -9,6 +10,9 @@ packages=(
   libssl-dev libpng-dev libtbb-dev libeigen3-dev
   nlohmann-json3-dev libtinyxml2-dev
 )
+if [[ "${1:-}" == fuzz ]]; then
+  packages+=(clang libclang-rt-dev)
+fi
 
 missing=()
 for p in "${packages[@]}"; do
