@@ -43,19 +43,13 @@ bool walkBothWays(const CbList<SItem>& list, std::vector<SItem>& items)
 class CbListSort_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(CbListSort_UnitTest)
-
-protected:
-    unsigned int getSubtestCount() const override;
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
+    ZQ_DECLARE_SUBTEST_TABLE(CbListSort_UnitTest)
 
 private:
     EResult runShortLists();
     EResult runLongLists();
     EResult runTimingAgainstBubbleSort();
     bool checkSorted(CbList<SItem>& list, const wchar_t* what);
-
-    static const ZqSubtestRow<CbListSort_UnitTest> s_subtests[];
 };
 
 CB_IMPLEMENT_RTTI(CbListSort_UnitTest, ZqUnitTest::RTTI);
@@ -66,24 +60,7 @@ const ZqSubtestRow<CbListSort_UnitTest> CbListSort_UnitTest::s_subtests[] = {
     {"Zeitmessung, Vergleich zu Bubble-Sort", &CbListSort_UnitTest::runTimingAgainstBubbleSort},
 };
 
-unsigned int CbListSort_UnitTest::getSubtestCount() const
-{
-    return static_cast<unsigned int>(std::size(s_subtests));
-}
-
-CString CbListSort_UnitTest::getSubtestName(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "CbListSort_UnitTest::getSubtestName");
-    return CString(s_subtests[index].name);
-}
-
-ZqUnitTest::EResult CbListSort_UnitTest::runUnitTest(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "CbListSort_UnitTest::runUnitTest");
-    return s_subtests[index].function(*this);
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(CbListSort_UnitTest)
 
 // Sorts list by key and compares it with std::stable_sort of its elements; the nodes must be the
 // same nodes as before, relinked.

@@ -79,12 +79,9 @@ constexpr int kBenchmarkKeys = 2000;
 class CbSet_UnitTest : public ZqUnitTest, public ZqBenchmark
 {
     CB_DECLARE_RTTI(CbSet_UnitTest)
+    ZQ_DECLARE_SUBTEST_TABLE(CbSet_UnitTest)
 
 protected:
-    unsigned int getSubtestCount() const override;
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
-
     unsigned int getBenchmarkCount() const override { return 10; }
     CString getBenchmarkName(unsigned int index) override;
     unsigned int getGroup(unsigned int index) const override;
@@ -111,8 +108,6 @@ private:
         std::unordered_set<int> hashSet;
     };
     std::unique_ptr<SBenchmarkSets> m_sets;
-
-    static const ZqSubtestRow<CbSet_UnitTest> s_subtests[];
 };
 
 CB_IMPLEMENT_RTTI(CbSet_UnitTest, ZqUnitTest::RTTI, ZqBenchmark::RTTI);
@@ -127,24 +122,7 @@ const ZqSubtestRow<CbSet_UnitTest> CbSet_UnitTest::s_subtests[] = {
     {"Subsets", &CbSet_UnitTest::runSubsets},
 };
 
-unsigned int CbSet_UnitTest::getSubtestCount() const
-{
-    return static_cast<unsigned int>(std::size(s_subtests));
-}
-
-CString CbSet_UnitTest::getSubtestName(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "CbSet_UnitTest::getSubtestName");
-    return CString(s_subtests[index].name);
-}
-
-ZqUnitTest::EResult CbSet_UnitTest::runUnitTest(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "CbSet_UnitTest::runUnitTest");
-    return s_subtests[index].function(*this);
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(CbSet_UnitTest)
 
 ZqUnitTest::EResult CbSet_UnitTest::failed(const wchar_t* message, std::size_t sizeA, std::size_t sizeB) const
 {

@@ -15,12 +15,9 @@
 class ZqFtConvexHull2D_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqFtConvexHull2D_UnitTest)
+    ZQ_DECLARE_SUBTEST_TABLE(ZqFtConvexHull2D_UnitTest)
 
 protected:
-    unsigned int getSubtestCount() const override;
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
-
     // The comparison of subtests 0, 1, 2 and 6: hull must be expected, up to its starting vertex.
     static EResult matchHull(const CbArray<CbVector2f>& hull, const CbArray<CbVector2f>& expected);
     // The check of a randomized case: no corner repeated by the next, no point of points outside a
@@ -40,8 +37,6 @@ private:
     static EResult runRandomizedCase(std::uint32_t seed, bool integerCoordinates, bool rotatedGrid);
     static CbArray<CbVector2f> drawRandomPoints(std::uint32_t seed, bool integerCoordinates,
                                                 bool rotatedGrid);
-
-    static const ZqSubtestRow<ZqFtConvexHull2D_UnitTest> s_subtests[];
 };
 
 CB_IMPLEMENT_RTTI(ZqFtConvexHull2D_UnitTest, ZqUnitTest::RTTI);
@@ -63,24 +58,7 @@ const ZqSubtestRow<ZqFtConvexHull2D_UnitTest> ZqFtConvexHull2D_UnitTest::s_subte
      &ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestSameXCoordinate},
 };
 
-unsigned int ZqFtConvexHull2D_UnitTest::getSubtestCount() const
-{
-    return static_cast<unsigned int>(std::size(s_subtests));
-}
-
-CString ZqFtConvexHull2D_UnitTest::getSubtestName(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "ZqFtConvexHull2D_UnitTest::getSubtestName");
-    return CString(s_subtests[index].name);
-}
-
-ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runUnitTest(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "ZqFtConvexHull2D_UnitTest::runUnitTest");
-    return s_subtests[index].function(*this);
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(ZqFtConvexHull2D_UnitTest)
 
 ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::compareHull(const CbArray<CbVector2f>& input,
                                                            const CbArray<CbVector2f>& expected)

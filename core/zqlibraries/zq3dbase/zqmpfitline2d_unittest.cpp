@@ -91,11 +91,7 @@ constexpr unsigned int kBenchmarkSizes[] = {1000, 10000, 100000};
 class ZqMpFitLine2D_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqMpFitLine2D_UnitTest)
-
-protected:
-    unsigned int getSubtestCount() const override;
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
+    ZQ_DECLARE_SUBTEST_TABLE(ZqMpFitLine2D_UnitTest)
 
 private:
     // Both methods on growing point counts; the cases of one size form a group.
@@ -127,8 +123,6 @@ private:
     bool fit(ZqMpFitLine2D<CbArray<TVector>>& fitter, bool robust, const wchar_t* what);
     bool checkValue(const wchar_t* what, const wchar_t* quantity, double value, double expected,
                     double bound);
-
-    static const ZqSubtestRow<ZqMpFitLine2D_UnitTest> s_subtests[];
 };
 
 CB_IMPLEMENT_RTTI(ZqMpFitLine2D_UnitTest, ZqUnitTest::RTTI);
@@ -138,24 +132,7 @@ const ZqSubtestRow<ZqMpFitLine2D_UnitTest> ZqMpFitLine2D_UnitTest::s_subtests[] 
     {"Benchmark", &ZqMpFitLine2D_UnitTest::runFitBenchmark},
 };
 
-unsigned int ZqMpFitLine2D_UnitTest::getSubtestCount() const
-{
-    return static_cast<unsigned int>(std::size(s_subtests));
-}
-
-CString ZqMpFitLine2D_UnitTest::getSubtestName(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "ZqMpFitLine2D_UnitTest::getSubtestName");
-    return CString(s_subtests[index].name);
-}
-
-ZqUnitTest::EResult ZqMpFitLine2D_UnitTest::runUnitTest(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "ZqMpFitLine2D_UnitTest::runUnitTest");
-    return s_subtests[index].function(*this);
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(ZqMpFitLine2D_UnitTest)
 
 ZqUnitTest::EResult ZqMpFitLine2D_UnitTest::runFitUnitTest()
 {

@@ -72,11 +72,7 @@ double varianceAlong(const CbArray<CbVector3f>& points, const CbVector3d& direct
 class ZqMpPointsToPrincipalComponents_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqMpPointsToPrincipalComponents_UnitTest)
-
-protected:
-    unsigned int getSubtestCount() const override;
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
+    ZQ_DECLARE_SUBTEST_TABLE(ZqMpPointsToPrincipalComponents_UnitTest)
 
 private:
     EResult runEllipsoidCloud();
@@ -90,8 +86,6 @@ private:
     bool check(bool condition, const wchar_t* format, ...);
     // The axes are unit vectors, pairwise orthogonal, the variances ascending.
     bool checkFrame(const PrincipalComponents& components);
-
-    static const ZqSubtestRow<ZqMpPointsToPrincipalComponents_UnitTest> s_subtests[];
 };
 
 CB_IMPLEMENT_RTTI(ZqMpPointsToPrincipalComponents_UnitTest, ZqUnitTest::RTTI);
@@ -105,24 +99,7 @@ const ZqSubtestRow<ZqMpPointsToPrincipalComponents_UnitTest>
         {"Zweimalige Berechnung", &ZqMpPointsToPrincipalComponents_UnitTest::runComputeTwice},
 };
 
-unsigned int ZqMpPointsToPrincipalComponents_UnitTest::getSubtestCount() const
-{
-    return static_cast<unsigned int>(std::size(s_subtests));
-}
-
-CString ZqMpPointsToPrincipalComponents_UnitTest::getSubtestName(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "ZqMpPointsToPrincipalComponents_UnitTest::getSubtestName");
-    return CString(s_subtests[index].name);
-}
-
-ZqUnitTest::EResult ZqMpPointsToPrincipalComponents_UnitTest::runUnitTest(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "ZqMpPointsToPrincipalComponents_UnitTest::runUnitTest");
-    return s_subtests[index].function(*this);
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(ZqMpPointsToPrincipalComponents_UnitTest)
 
 bool ZqMpPointsToPrincipalComponents_UnitTest::check(bool condition, const wchar_t* format, ...)
 {

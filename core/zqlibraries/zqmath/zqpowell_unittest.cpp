@@ -11,11 +11,7 @@
 class ZqPowell_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqPowell_UnitTest)
-
-protected:
-    unsigned int getSubtestCount() const override;
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
+    ZQ_DECLARE_SUBTEST_TABLE(ZqPowell_UnitTest)
 
 private:
     using Powell = ZqPowell<float, ZqPowell_UnitTest>;
@@ -24,8 +20,6 @@ private:
     EResult runPowell(Powell::EBracketingMethod bracketing, bool bounded, float limit);
     // |p + (1, -0.5)|^2, 0 at (-1, 0.5).
     float distanceToCentre(const ZqMatrix<float>& p);
-
-    static const ZqSubtestRow<ZqPowell_UnitTest> s_subtests[];
 };
 
 CB_IMPLEMENT_RTTI(ZqPowell_UnitTest, ZqUnitTest::RTTI);
@@ -40,24 +34,7 @@ const ZqSubtestRow<ZqPowell_UnitTest> ZqPowell_UnitTest::s_subtests[] = {
      [](ZqPowell_UnitTest& test) { return test.runPowell(Powell::eBM_Bounds, true, 25.0f); }},
 };
 
-unsigned int ZqPowell_UnitTest::getSubtestCount() const
-{
-    return static_cast<unsigned int>(std::size(s_subtests));
-}
-
-CString ZqPowell_UnitTest::getSubtestName(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "ZqPowell_UnitTest::getSubtestName");
-    return CString(s_subtests[index].name);
-}
-
-ZqUnitTest::EResult ZqPowell_UnitTest::runUnitTest(unsigned int index)
-{
-    if (index >= std::size(s_subtests))
-        CB_THROW(CbException, "ZqPowell_UnitTest::runUnitTest");
-    return s_subtests[index].function(*this);
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(ZqPowell_UnitTest)
 
 ZqUnitTest::EResult ZqPowell_UnitTest::runPowell(Powell::EBracketingMethod bracketing, bool bounded,
                                                  float limit)
