@@ -16,6 +16,16 @@
 #include <string>
 #include <vector>
 
+// The texts of the error messages test wrote since the last call; its other messages are dropped.
+inline std::vector<std::string> ZqErrorTexts(const ZqUnitTest& test)
+{
+    std::vector<std::string> errors;
+    for (const auto& message : test.GetMessageStream().Take())
+        if (message.type == ZqUnitTest::eError)
+            errors.push_back(CbWideToUtf8(message.text.Std()));
+    return errors;
+}
+
 class ZqModuleTest : public ::testing::Test
 {
 protected:

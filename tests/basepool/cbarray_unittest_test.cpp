@@ -5,6 +5,8 @@
 #include "basepool/cbarray_unittest.cpp"
 #include "basepool/cbarraybenchmark_unittest.cpp"
 
+#include "zqmoduletest.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -19,15 +21,6 @@ struct ArrayChecks : CbArray_UnitTest
     using CbArray_UnitTest::onAfterRun;
     using CbArray_UnitTest::onBeforeRun;
     using CbArray_UnitTest::runBenchmark;
-
-    std::vector<std::string> Errors() const
-    {
-        std::vector<std::string> errors;
-        for (const auto& message : GetMessageStream().Take())
-            if (message.type == eError)
-                errors.push_back(CbWideToUtf8(message.text.Std()));
-        return errors;
-    }
 };
 using Errors = std::vector<std::string>;
 } // namespace
@@ -44,14 +37,14 @@ TEST(CbArrayUnitTestChecks, WalkOverAWrongElementFailsTheSumCheck)
     for (unsigned int index : {4u, 5u, 6u, 7u, 8u, 9u, 22u, 23u})
     {
         EXPECT_FALSE(test.runBenchmark(index, data)) << index;
-        EXPECT_EQ(test.Errors(), Errors{"Summe ist nicht korrekt"}) << index;
+        EXPECT_EQ(ZqErrorTexts(test), Errors{"Summe ist nicht korrekt"}) << index;
     }
     // The other contenders hold their own copies of the numbers.
     EXPECT_TRUE(test.runBenchmark(0, data));
     EXPECT_TRUE(test.runBenchmark(10, data));
     test.m_vector.back() = 0;
     EXPECT_FALSE(test.runBenchmark(24, data));
-    EXPECT_EQ(test.Errors(), Errors{"Summe ist nicht korrekt"});
+    EXPECT_EQ(ZqErrorTexts(test), Errors{"Summe ist nicht korrekt"});
     test.onAfterRun(false);
 }
 
@@ -60,5 +53,5 @@ TEST(CbArrayUnitTestChecks, UnknownCaseFails)
     ArrayChecks test;
     ZqBenchmark::SBenchmarkData data;
     EXPECT_FALSE(test.runBenchmark(test.GetBenchmarkCount(), data));
-    EXPECT_EQ(test.Errors(), Errors{"Unbekannter Benchmark"});
+    EXPECT_EQ(ZqErrorTexts(test), Errors{"Unbekannter Benchmark"});
 }

@@ -4,6 +4,8 @@
 
 #include "basepool/cbmap_unittest.cpp"
 
+#include "zqmoduletest.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
@@ -18,16 +20,6 @@ struct MapChecks : CbMap_UnitTest
     using CbMap_UnitTest::onAfterRun;
     using CbMap_UnitTest::onBeforeRun;
     using CbMap_UnitTest::runBenchmark;
-
-    // The errors written since the last call; information is dropped.
-    std::vector<std::string> Errors() const
-    {
-        std::vector<std::string> errors;
-        for (const auto& message : GetMessageStream().Take())
-            if (message.type == eError)
-                errors.push_back(CbWideToUtf8(message.text.Std()));
-        return errors;
-    }
 };
 using Errors = std::vector<std::string>;
 } // namespace
@@ -37,14 +29,14 @@ TEST(CbMapUnitTestChecks, CaseCheckRejectsAWrongSumOrAWrongCountOfAccesses)
     MapChecks test;
     EXPECT_EQ(test.GetBenchmarkCount(), 38u);
     EXPECT_TRUE(test.checkCase(7, kKeySum, kPasses));
-    EXPECT_EQ(test.Errors(), Errors{});
+    EXPECT_EQ(ZqErrorTexts(test), Errors{});
     EXPECT_FALSE(test.checkCase(7, kKeySum - 1, kPasses));
-    EXPECT_EQ(test.Errors(), Errors{"Summe ist nicht korrekt (7)"});
+    EXPECT_EQ(ZqErrorTexts(test), Errors{"Summe ist nicht korrekt (7)"});
     EXPECT_FALSE(test.checkCase(12, kKeySum, kPasses - 1));
-    EXPECT_EQ(test.Errors(), Errors{"Anzahl Zugriffe ist nicht korrekt"});
+    EXPECT_EQ(ZqErrorTexts(test), Errors{"Anzahl Zugriffe ist nicht korrekt"});
     // Both wrong: the sum is reported.
     EXPECT_FALSE(test.checkCase(3, kKeySum + 5, 0));
-    EXPECT_EQ(test.Errors(), Errors{"Summe ist nicht korrekt (3)"});
+    EXPECT_EQ(ZqErrorTexts(test), Errors{"Summe ist nicht korrekt (3)"});
 }
 
 TEST(CbMapUnitTestChecks, CaseOverAMapThatLostAKeyFailsAndIsNotTimed)
@@ -54,7 +46,7 @@ TEST(CbMapUnitTestChecks, CaseOverAMapThatLostAKeyFailsAndIsNotTimed)
     ASSERT_TRUE(test.m_containers->wide.cbMap.RemoveKey(5));
     ZqBenchmark::SBenchmarkData data;
     EXPECT_FALSE(test.runBenchmark(0, data));
-    EXPECT_EQ(test.Errors(), Errors{"Summe ist nicht korrekt (0)"});
+    EXPECT_EQ(ZqErrorTexts(test), Errors{"Summe ist nicht korrekt (0)"});
     EXPECT_EQ(data.runs, 0u);
     // The standard map of the same keys still holds them all.
     EXPECT_TRUE(test.runBenchmark(4, data));
@@ -77,5 +69,5 @@ TEST(CbMapUnitTestChecks, UnknownCaseWritesAnErrorAndThrows)
         EXPECT_STREQ(e.GetFunction(), "CbMap_UnitTest::runBenchmark");
         EXPECT_STREQ(e.GetFile(), "core/basepool/cbmap_unittest.cpp");
     }
-    EXPECT_EQ(test.Errors(), Errors{"Unbekannter Benchmark"});
+    EXPECT_EQ(ZqErrorTexts(test), Errors{"Unbekannter Benchmark"});
 }
