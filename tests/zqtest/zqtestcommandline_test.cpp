@@ -144,7 +144,7 @@ TEST(ZqTestCommandLine, FilterForms)
               std::set<std::string>{"ZqFixtureHang_UnitTest.#2"});
     EXPECT_EQ(Listed({"--filter", "ZqFixtureHang*-*.#0:*danach"}),
               std::set<std::string>{"ZqFixtureHang_UnitTest.#1"});
-    EXPECT_EQ(Listed({"--filter", "-ZqFixtureTrivial_UnitTest"}).size(), 3u + 6 + 5 + 3 + 2 + 1 + 1 + 2);
+    EXPECT_EQ(Listed({"--filter", "-ZqFixtureTrivial_UnitTest"}).size(), Listed({}).size() - 1000);
     // A '-' inside a name is matched by '?'.
     EXPECT_EQ(Listed({"--filter", "*.Name mit ? und*"}), std::set<std::string>{"ZqFixtureMixed_UnitTest.#4"});
     // The variable counts unless the command line names a filter.

@@ -124,6 +124,17 @@ bool ZqTestClassRun::Lost(EZqTestStatus status, const std::string& why)
     return false;
 }
 
+void ZqTestClassRun::Interrupted(const std::string& why)
+{
+    if (!m_current)
+        return;
+    m_current->status = EZqTestStatus::eInterrupted;
+    m_current->failure = why;
+    m_current->seconds = m_subtestTimer.GetElapsedSeconds();
+    m_console.SubtestEnd(m_record, *m_current);
+    m_current = nullptr;
+}
+
 void ZqTestClassRun::AppendOutput(const std::string& text)
 {
     const std::string valid = validUtf8(text);

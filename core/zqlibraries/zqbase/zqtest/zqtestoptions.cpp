@@ -226,6 +226,8 @@ bool applyChildOption(ZqTestOptions& options, CArguments& args)
         options.childIndices = parseIndices(args.Value());
     else if (name == "--child-scratch")
         options.childScratch = args.Value();
+    else if (name == "--child-parent")
+        options.childParent = static_cast<int>(parseUnsigned(args.Value(), name, INT32_MAX));
     else
         return false;
     return true;
