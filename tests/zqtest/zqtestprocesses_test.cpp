@@ -83,6 +83,10 @@ TEST(ZqTestProcesses, ASignalStopsTheRunWritesTheReportsAndCleansUp)
             EXPECT_EQ(byName.at(name).at("result"), "skipped") << name;
         const std::string console = ReadFile(directories.pids / "console.txt");
         EXPECT_NE(console.find("1 passed, 1 failed, 3 skipped\n"), std::string::npos) << console;
+        // What the subtest printed without a newline ends its line before the runner's own.
+        EXPECT_NE(console.find("Ausgabe vor dem Hängen\n    interrupted: the runner received SIG"),
+                  std::string::npos)
+            << console;
     }
 }
 

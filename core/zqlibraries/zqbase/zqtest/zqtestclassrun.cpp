@@ -163,9 +163,14 @@ bool ZqTestClassRun::HasFailure() const
 
 void ZqTestClassRun::Finish()
 {
+    if (!m_started)
+        m_console.ClassStart(m_record);
     for (ZqSubtestRecord& subtest : m_record.subtests)
         if (subtest.status == EZqTestStatus::ePending)
+        {
             subtest.status = EZqTestStatus::eSkipped;
+            m_console.SubtestEnd(m_record, subtest);
+        }
     m_record.seconds = m_started ? m_classTimer.GetElapsedSeconds() : 0;
     m_console.ClassEnd(m_record);
 }
