@@ -10,23 +10,6 @@ using namespace zqtest;
 
 namespace
 {
-SResult RunCommand(const std::vector<std::string>& args)
-{
-    std::string command;
-    for (const std::string& arg : args)
-        command.append(command.empty() ? "" : " ").append(Quote(arg));
-    SResult result;
-    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
-    if (!pipe)
-        return result;
-    char buffer[4096];
-    for (std::size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
-        result.output.append(buffer, n);
-    const int status = pclose(pipe);
-    result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    return result;
-}
-
 // The one test case of a test's own report: how many there were, and the index its subtest wrote.
 std::pair<int, int> ReportedCase(const std::string& path)
 {
@@ -51,12 +34,13 @@ std::pair<int, int> ReportedCase(const std::string& path)
 TEST(ZqTestDiscovery, CMakeDiscoversEveryAwkwardNameAsATestThatRunsItsOwnSubtest)
 {
     CTemporaryDirectory directory;
-    const SResult configured = RunCommand(
-        {ZQ_CMAKE_COMMAND, "-S", ZQ_SOURCE_DIR "/tests/zqtest/discovery", "-B", directory / "build", "-G",
-         "Ninja", "-DZQ_RUNNER=" ZQ_BINARY_DIR "/ZqTestFixtureRunner", "-DZQ_XML_DIR=" + directory / "xml"});
+    const SResult configured = RunProgram(
+        ZQ_CMAKE_COMMAND,
+        {"-S", ZQ_SOURCE_DIR "/tests/zqtest/discovery", "-B", directory / "build", "-G", "Ninja",
+         "-DZQ_RUNNER=" ZQ_BINARY_DIR "/ZqTestFixtureRunner", "-DZQ_XML_DIR=" + directory / "xml"});
     ASSERT_EQ(configured.exitCode, 0) << configured.output;
-    const SResult tested = RunCommand({ZQ_CTEST_COMMAND, "--test-dir", directory / "build", "-j2",
-                                       "--output-junit", directory / "ctest.xml"});
+    const SResult tested = RunProgram(ZQ_CTEST_COMMAND, {"--test-dir", directory / "build", "-j2",
+                                                         "--output-junit", directory / "ctest.xml"});
 
     tinyxml2::XMLDocument junit;
     ASSERT_EQ(junit.LoadFile((directory / "ctest.xml").c_str()), tinyxml2::XML_SUCCESS) << tested.output;

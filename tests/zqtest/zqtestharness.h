@@ -56,16 +56,11 @@ inline std::string Quote(const std::string& text)
     return quoted + "'";
 }
 
-// Runs "env... zqtest args..." with stdout and stderr together.
-inline SResult RunZqTest(const std::vector<std::string>& args, const std::string& environment = "")
+// Runs a shell command line with stdout and stderr together.
+inline SResult RunShell(const std::string& command)
 {
-    std::string command = environment;
-    command.append(" ").append(Quote(kRunner));
-    for (const std::string& arg : args)
-        command.append(" ").append(Quote(arg));
-    command += " 2>&1";
     SResult result;
-    FILE* pipe = popen(command.c_str(), "r");
+    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
     if (!pipe)
         return result;
     char buffer[4096];
@@ -74,6 +69,22 @@ inline SResult RunZqTest(const std::vector<std::string>& args, const std::string
     const int status = pclose(pipe);
     result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return result;
+}
+
+// Runs program args... with stdout and stderr together, after the variable settings in environment.
+inline SResult RunProgram(const std::string& program, const std::vector<std::string>& args,
+                          const std::string& environment = "")
+{
+    std::string command = environment;
+    command.append(" ").append(Quote(program));
+    for (const std::string& arg : args)
+        command.append(" ").append(Quote(arg));
+    return RunShell(command);
+}
+
+inline SResult RunZqTest(const std::vector<std::string>& args, const std::string& environment = "")
+{
+    return RunProgram(kRunner, args, environment);
 }
 
 inline std::string ReadFile(const std::string& path)

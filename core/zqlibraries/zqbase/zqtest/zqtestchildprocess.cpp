@@ -106,7 +106,9 @@ ZqTestChildProcess::ZqTestChildProcess(ZqTestClassRun& run, const std::vector<st
     }
     catch (...)
     {
-        close(eventsWrite);
+        for (int fd : {eventsWrite, m_events, m_output})
+            if (fd >= 0)
+                close(fd);
         throw;
     }
     close(eventsWrite);
