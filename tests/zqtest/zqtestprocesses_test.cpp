@@ -90,6 +90,26 @@ TEST(ZqTestProcesses, ASignalStopsTheRunWritesTheReportsAndCleansUp)
     }
 }
 
+TEST(ZqTestProcesses, ASignalIgnoredFromTheStartStaysIgnored)
+{
+    // As under nohup: the runner inherits SIGHUP ignored and must not stop for it.
+    SProcessDirectories directories;
+    struct sigaction ignore
+    {
+    }, previous{};
+    ignore.sa_handler = SIG_IGN;
+    sigaction(SIGHUP, &ignore, &previous);
+    CBackgroundRun runner({"--filter", "ZqFixtureHang_UnitTest.#1", "--timeout", "1", kFixture},
+                          directories.Environment(), directories.pids / "console.txt");
+    sigaction(SIGHUP, &previous, nullptr);
+    ASSERT_GT(AwaitPid(directories.pids.Path(), "hang"), 0);
+    runner.Signal(SIGHUP);
+    const int status = runner.Wait();
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << status;
+    EXPECT_NE(ReadFile(directories.pids / "console.txt").find("timeout: still running after 1 s"),
+              std::string::npos);
+}
+
 TEST(ZqTestProcesses, AChildWhoseRunnerIsAlreadyGoneEndsAtOnce)
 {
     // The child was meant for a runner that ended before it could ask to die with it: its parent is

@@ -38,7 +38,12 @@ ZqTestInterrupt::ZqTestInterrupt()
     // Interrupted system calls restart (console writes, waitpid); poll returns EINTR all the same.
     action.sa_flags = SA_RESTART | SA_RESETHAND;
     for (int i = 0; i < 3; ++i)
-        sigaction(kSignals[i], &action, &m_previous[i]);
+    {
+        // A signal ignored from the start (nohup, a background job) stays ignored.
+        sigaction(kSignals[i], nullptr, &m_previous[i]);
+        if (m_previous[i].sa_handler != SIG_IGN)
+            sigaction(kSignals[i], &action, nullptr);
+    }
 }
 
 ZqTestInterrupt::~ZqTestInterrupt()

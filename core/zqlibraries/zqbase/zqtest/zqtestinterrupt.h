@@ -8,7 +8,8 @@
 // Catches SIGINT, SIGTERM and SIGHUP while it lives, so that the runner can stop its children, write
 // its reports and remove its scratch directory before it ends. The first of them is remembered and
 // makes GetDescriptor() readable (for poll); the handler then falls back to the default, so that a
-// second signal ends the runner at once. One instance at a time.
+// second signal ends the runner at once. A signal that was ignored when it was made stays ignored.
+// One instance at a time.
 class ZQBASE_API ZqTestInterrupt
 {
 public:
