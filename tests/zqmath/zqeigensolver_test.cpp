@@ -276,19 +276,6 @@ TEST(ZqEigenSolverTest, SortMovesEachEigenvectorWithItsEigenvalue)
     EXPECT_EQ(tiesAscending.vectors, Matrix(4, 4, {0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 1, 0, 1, 0, 0, 0}));
 }
 
-TEST(ZqEigenSolverTest, SortedRandomSpectraAreMonotoneAndStillDecompose)
-{
-    std::mt19937 generator(99u);
-    for (int round = 0; round < 50; ++round)
-    {
-        const Matrix a = randomSymmetric(generator, 5);
-        const SSolution descending = solve(a, Solver::eF_Symmetric | Solver::eF_SortDescending);
-        for (std::size_t i = 0; i + 1 < 5; ++i)
-            ASSERT_GE(descending.values[i], descending.values[i + 1]);
-        EXPECT_LE(worstResidual(a, descending.values, descending.vectors), 1e-12 * frobenius(a));
-    }
-}
-
 TEST(ZqEigenSolverTest, SymmetricMethodWritesIntoTheInputUnlessVectorsAreGiven)
 {
     const Matrix original(3, 3, {4, 1, 0, 1, 3, 1, 0, 1, 2});
