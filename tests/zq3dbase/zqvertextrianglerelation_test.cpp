@@ -80,7 +80,9 @@ void expectChained(const ZqTriangulationBase& t, bool closed)
         ASSERT_EQ(a[2], b[1]) << "entry " << i;
     }
     if (!closed)
+    {
         EXPECT_EQ(t.Get(CbTriangleRef(r.GetTriangle(0, 0)))[1], 1u) << "an open fan starts at its border";
+    }
 }
 } // namespace
 
