@@ -1,9 +1,8 @@
 // The converter between the triangulation file and PLY / OBJ, run as a program: round trips keep the
 // mesh, bad input fails with a reason and leaves an existing output file alone.
 
-#include "zq3dbase/triangulationchecks.h"
+#include "zq3dbase/triangulationtesting.h"
 #include "zq3dbase/zqmpcomparetriangulationsold.h"
-#include "zq3dbase/zqmptriangulationprimitive.h"
 #include "zq3dbase/zqtriangulationdynamic.h"
 
 #include <gtest/gtest.h>
@@ -30,13 +29,7 @@ protected:
             std::filesystem::temp_directory_path() /
             ("zqtriconvert-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
         std::filesystem::create_directories(m_directory);
-        ZqMpTriangulationPrimitive primitive;
-        primitive.SetPrimitive(L"icosahedron");
-        ZqTriangulationPrimitiveConfiguration configuration;
-        configuration.SetSubdivision(2);
-        primitive.SetConfiguration(configuration);
-        ASSERT_TRUE(primitive.Compute());
-        m_sphere = ZqTriangulationDynamic(primitive.GetOutput());
+        m_sphere = ZqTriangulationDynamic(MakePrimitive(L"icosahedron", 2));
         m_sphere.SetSerialize(eVA_Normal, true);
         m_sphere.WriteFile(CString(path("sphere.tri").c_str()));
     }

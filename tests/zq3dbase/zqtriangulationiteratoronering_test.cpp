@@ -3,7 +3,7 @@
 // missing relations and ends of walks.
 
 #include "basepool/cbexception.h"
-#include "zq3dbase/zqmptriangulationprimitive.h"
+#include "triangulationtesting.h"
 #include "zq3dbase/zqtriangulationdynamic.h"
 #include "zq3dbase/zqtriangulationiteratoronering.h"
 
@@ -29,13 +29,7 @@ template <class TIterator> std::vector<unsigned int> walk(TIterator it)
 
 ZqTriangulationDynamic sphere()
 {
-    ZqMpTriangulationPrimitive primitive;
-    primitive.SetPrimitive(L"icosahedron");
-    ZqTriangulationPrimitiveConfiguration configuration;
-    configuration.SetSubdivision(2);
-    primitive.SetConfiguration(configuration);
-    EXPECT_TRUE(primitive.Compute());
-    ZqTriangulationDynamic t(primitive.GetOutput());
+    ZqTriangulationDynamic t(MakePrimitive(L"icosahedron", 2));
     t.ComputeVertexTriangleRelationship();
     return t;
 }

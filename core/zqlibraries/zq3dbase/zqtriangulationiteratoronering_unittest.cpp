@@ -6,6 +6,7 @@
 
 #include "basepool/cbexception.h"
 #include "zq3dbase/zqtriangulationiteratoronering.h"
+#include "zq3dbase/zqtriangulationshapes.h"
 #include "zq3dbase/zqtriangulationstatic.h"
 #include "zqbase/zqunittest.h"
 
@@ -98,16 +99,7 @@ ZqUnitTest::EResult ZqTriangulationIteratorOneRing_UnitTest::runUnitTest(unsigne
 // left to its upper right corner into triangles 2 s = (v, v + 1, v + 5) and 2 s + 1 = (v, v + 5, v + 4).
 void ZqTriangulationIteratorOneRing_UnitTest::createNiceTriangulation(ZqTriangulationStatic& triangulation)
 {
-    triangulation.SetVertexCount(16);
-    for (unsigned int v = 0; v < 16; ++v)
-        triangulation.SetVertex(v, {float(v % 4), float(v / 4), 0.0f});
-    triangulation.SetTriangleCount(18);
-    for (unsigned int s = 0; s < 9; ++s)
-    {
-        const unsigned int v = (s / 3) * 4 + s % 3;
-        triangulation.SetConnectivity(2 * s, v, v + 1, v + 5);
-        triangulation.SetConnectivity(2 * s + 1, v, v + 5, v + 4);
-    }
+    ZqTriangulationShapes::Grid(triangulation, 3, 3);
     triangulation.ComputeVertexTriangleRelationship();
 }
 
