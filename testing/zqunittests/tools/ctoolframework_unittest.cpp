@@ -460,8 +460,11 @@ EResult runDataMemberAccess()
     pDispatcher->Execute(replace(typed<STest>(structure), replaced));
     TOOLS_ASSERT_EQUAL(member->GetCount("vec3"), 2u);
     TOOLS_ASSERT_EQUAL(ReadValue<CbVector3f>(*vec3), CbVector3f(-1, -1, -1));
+    // Undo changes the structure and both members at once: each port hears of it once.
     pDispatcher->Undo();
     TOOLS_ASSERT_EQUAL(ReadValue<STest>(*structure), initial);
+    TOOLS_ASSERT_EQUAL(whole->GetCount("Probe"), 4u);
+    TOOLS_ASSERT_EQUAL(member->GetCount("vec3"), 3u);
     return ZqUnitTest::ePassed;
 }
 
