@@ -28,7 +28,8 @@ class CLockingManager;
 //         void setUp(CFramework& framework) override { ... GetPort("Area")->Bind(...); ... }
 //     };
 //
-// Only active components (set up and not switched off) have their slots called.
+// Only active components (set up and not switched off) have their slots called. A component that
+// adds slots to ports of other components removes them in tearDown (CPort::RemoveSlots).
 class ZQINTERACTION_API CComponent : public virtual CbRefCounted, private INonCopyable
 {
 public:

@@ -27,8 +27,17 @@ IData::~IData()
 
 void IData::MarkChanged()
 {
-    if (!m_changePending.exchange(true, std::memory_order_acq_rel))
+    if (m_changePending.exchange(true, std::memory_order_acq_rel))
+        return;
+    try
+    {
         m_framework->GetDispatcher()->OnDataChanged(*this);
+    }
+    catch (...)
+    {
+        m_changePending.store(false, std::memory_order_release);
+        throw;
+    }
 }
 
 void IData::AddObserver(CPort& port)
