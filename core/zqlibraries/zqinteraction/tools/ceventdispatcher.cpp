@@ -34,20 +34,22 @@ CEventDispatcher::SReport CEventDispatcher::Execute(CbSmartPointer<IOperation> o
 
 CEventDispatcher::SReport CEventDispatcher::Undo()
 {
-    checkThread("Tools::CEventDispatcher::Undo");
-    SReport report;
-    report.operations =
-        static_cast<unsigned int>(m_framework.GetUndoRedoManager().Undo(m_framework.GetLockingManager()));
-    deliver(report, nullptr, true);
-    return report;
+    return undoOrRedo(false);
 }
 
 CEventDispatcher::SReport CEventDispatcher::Redo()
 {
-    checkThread("Tools::CEventDispatcher::Redo");
+    return undoOrRedo(true);
+}
+
+CEventDispatcher::SReport CEventDispatcher::undoOrRedo(bool redo)
+{
+    checkThread(redo ? "Tools::CEventDispatcher::Redo" : "Tools::CEventDispatcher::Undo");
+    CUndoRedoManager& undoRedo = m_framework.GetUndoRedoManager();
+    CLockingManager& lockingManager = m_framework.GetLockingManager();
     SReport report;
     report.operations =
-        static_cast<unsigned int>(m_framework.GetUndoRedoManager().Redo(m_framework.GetLockingManager()));
+        static_cast<unsigned int>(redo ? undoRedo.Redo(lockingManager) : undoRedo.Undo(lockingManager));
     deliver(report, nullptr, true);
     return report;
 }

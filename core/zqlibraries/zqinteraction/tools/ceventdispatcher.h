@@ -76,6 +76,7 @@ private:
 
     void checkThread(const char* function) const;
     void checkInteraction(const char* function) const;
+    SReport undoOrRedo(bool redo);
     void runRounds(Operations operations, SReport& report);
     void deliver(SReport& report, Operations* followUps, bool undoRedo);
 
