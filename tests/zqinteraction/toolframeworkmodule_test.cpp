@@ -2,7 +2,7 @@
 // in a namespace by its qualified name, and the test's assertion reports the system's text.
 
 #include "toolsession.h"
-#include "zqbase/zqtestfilter.h"
+#include "zqbase/zqtest/zqtestfilter.h"
 #include "zqtest/zqtestharness.h"
 
 #include <gtest/gtest.h>
