@@ -1,4 +1,4 @@
-#include "zqbase/zqtestprotocol.h"
+#include "zqbase/zqtest/zqtestprotocol.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -1,7 +1,7 @@
-#include "zqbase/zqtestclassrun.h"
+#include "zqbase/zqtest/zqtestclassrun.h"
 
 #include "basepool/cstring.h"
-#include "zqbase/zqtestconsole.h"
+#include "zqbase/zqtest/zqtestconsole.h"
 
 namespace
 {

@@ -1,4 +1,4 @@
-#include "zqbase/zqtestreports.h"
+#include "zqbase/zqtest/zqtestreports.h"
 
 #include <cerrno>
 #include <cstdio>

@@ -21,6 +21,9 @@ public:
     explicit ZqTestFilter(std::string_view filter);
 
     bool Matches(std::string_view className, unsigned index, std::string_view subtestName) const;
+    // Whether the filter selects the class as a whole, by its name or as "Class." (which "Class.*"
+    // matches); decides for a class that has no subtests to match.
+    bool MatchesClass(std::string_view className) const;
     // The filter as given ("*" when none was).
     const std::string& GetText() const { return m_text; }
 

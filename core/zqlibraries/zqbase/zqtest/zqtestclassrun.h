@@ -2,8 +2,8 @@
 
 #include "zqbase/cbtimer.h"
 #include "zqbase/zqbase_export.h"
-#include "zqbase/zqtestexecutor.h"
-#include "zqbase/zqtestrecord.h"
+#include "zqbase/zqtest/zqtestexecutor.h"
+#include "zqbase/zqtest/zqtestrecord.h"
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "zqbase/zqtestexecutor.h"
+#include "zqbase/zqtest/zqtestexecutor.h"
 
 #include "basepool/cbfactory.h"
 #include "zqbase/cbtimer.h"

@@ -1,7 +1,7 @@
-#include "zqbase/zqtestcatalog.h"
+#include "zqbase/zqtest/zqtestcatalog.h"
 
 #include "basepool/cbfactory.h"
-#include "zqbase/zqtestoptions.h"
+#include "zqbase/zqtest/zqtestoptions.h"
 #include "zqbase/zqunittest.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
-#include "zqbase/zqtestsupervisor.h"
+#include "zqbase/zqtest/zqtestsupervisor.h"
 
-#include "zqbase/zqtestclassrun.h"
-#include "zqbase/zqtestprotocol.h"
+#include "zqbase/zqtest/zqtestclassrun.h"
+#include "zqbase/zqtest/zqtestprotocol.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -175,28 +175,65 @@ std::string joinIndices(const std::vector<unsigned>& indices)
         text.append(text.empty() ? "" : ",").append(std::to_string(index));
     return text;
 }
-} // namespace
 
-bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
+void waitForExit(pid_t pid, int& status)
 {
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR)
+    {
+    }
+}
+
+// One Supervisor::Run: the classes waiting for a child, and the children running.
+class CSupervision
+{
+public:
+    CSupervision(const ZqTestSupervisor::SSettings& settings, const std::vector<ZqTestClassRun*>& classes)
+        : m_settings(settings), m_classes(classes)
+    {
+        for (ZqTestClassRun* run : classes)
+            m_jobs.push_back({run, run->GetPendingIndices()});
+    }
+
+    bool Run()
+    {
+        while (!m_jobs.empty() || !m_running.empty())
+        {
+            if (m_stopping)
+                skipWaiting();
+            startChildren();
+            if (m_running.empty())
+                continue;
+            waitForEvents();
+            for (std::size_t slot = m_running.size(); slot-- > 0;)
+                service(slot);
+            if (m_settings.failFast && !m_stopping && anyFailure())
+                stopRunning();
+        }
+        return !m_stopping;
+    }
+
+private:
     struct SJob
     {
         ZqTestClassRun* run;
         std::vector<unsigned> indices;
     };
-    std::deque<SJob> jobs;
-    for (ZqTestClassRun* run : classes)
-        jobs.push_back({run, run->GetPendingIndices()});
-    std::vector<std::unique_ptr<CChild>> running;
-    bool stopping = false;
 
-    auto spawn = [&](const SJob& job)
+    std::vector<std::string> childArguments(const SJob& job) const
     {
         const std::string& name = job.run->GetRecord().name;
         std::vector<std::string> args = {m_settings.program, "--child-class=" + name,
                                          std::string("--child-indices=").append(joinIndices(job.indices)),
                                          "--child-scratch=" + m_settings.scratch + "/" + name};
         args.insert(args.end(), m_settings.arguments.begin(), m_settings.arguments.end());
+        return args;
+    }
+
+    // The child gets /dev/null as stdin, the output file as stdout and stderr, and the event pipe as
+    // descriptor 3.
+    void spawn(const SJob& job)
+    {
+        std::vector<std::string> args = childArguments(job);
         std::vector<char*> argv;
         for (std::string& arg : args)
             argv.push_back(arg.data());
@@ -224,18 +261,79 @@ bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
         if (error != 0)
             throw std::runtime_error("cannot start " + m_settings.program + ": " + std::strerror(error));
         fcntl(child->events, F_SETFL, O_NONBLOCK);
-        running.push_back(std::move(child));
-    };
+        m_running.push_back(std::move(child));
+    }
+
+    void startChildren()
+    {
+        while (m_running.size() < std::max(1u, m_settings.jobs) && !m_jobs.empty())
+        {
+            spawn(m_jobs.front());
+            m_jobs.pop_front();
+        }
+    }
+
+    // Until some child has something to say or the nearest deadline passes.
+    void waitForEvents()
+    {
+        m_polled.clear();
+        int waitMs = -1;
+        const Clock::time_point now = Clock::now();
+        for (auto& child : m_running)
+        {
+            m_polled.push_back({child->events, POLLIN, 0});
+            if (!child->HasDeadline())
+                continue;
+            const auto left =
+                std::chrono::duration_cast<std::chrono::milliseconds>(child->Deadline() - now).count() + 1;
+            const int ms = static_cast<int>(std::clamp<long long>(left, 0, 1 << 30));
+            waitMs = waitMs < 0 ? ms : std::min(waitMs, ms);
+        }
+        if (poll(m_polled.data(), m_polled.size(), waitMs) < 0 && errno != EINTR)
+            throw std::runtime_error(std::string("poll: ") + std::strerror(errno));
+    }
+
+    // Reads what the child in slot sent; reaps it when it is done or past its deadline.
+    void service(std::size_t slot)
+    {
+        CChild& child = *m_running[slot];
+        bool open = true;
+        if (m_polled[slot].revents & (POLLIN | POLLHUP | POLLERR))
+        {
+            try
+            {
+                open = child.ReadEvents();
+            }
+            catch (const std::exception& e)
+            {
+                // A child that garbles its own event stream is as good as crashed.
+                kill(child.pid, SIGKILL);
+                child.Run().AppendOutput(std::string("zqtest: ") + e.what() + "\n");
+                open = false;
+            }
+        }
+        if (!open)
+        {
+            close(child.events);
+            child.events = -1;
+            reap(slot, "");
+        }
+        else if (child.HasDeadline() && Clock::now() >= child.Deadline())
+        {
+            kill(child.pid, SIGKILL);
+            char text[64];
+            std::snprintf(text, sizeof text, "timeout: still running after %g s", m_settings.timeoutSeconds);
+            reap(slot, text);
+        }
+    }
 
     // The child has ended or was killed: collect it, take what is left of its events and output, and
     // decide whether its class goes on in a new child.
-    auto reap = [&](std::size_t slot, const std::string& killedBecause)
+    void reap(std::size_t slot, const std::string& killedBecause)
     {
-        CChild& child = *running[slot];
+        CChild& child = *m_running[slot];
         int status = 0;
-        while (waitpid(child.pid, &status, 0) < 0 && errno == EINTR)
-        {
-        }
+        waitForExit(child.pid, status);
         if (child.events >= 0)
             child.ReadEvents();
         child.TakeRemainingOutput();
@@ -247,96 +345,49 @@ bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
         else if (!run.HasEnded() || !clean)
             goOn = run.Lost(EZqTestStatus::eCrashed, describeStatus(status));
         if (goOn)
-            jobs.push_front({&run, run.GetPendingIndices()});
+            m_jobs.push_front({&run, run.GetPendingIndices()});
         else
             run.Finish();
-        running.erase(running.begin() + static_cast<std::ptrdiff_t>(slot));
-    };
-
-    while (!jobs.empty() || !running.empty())
-    {
-        if (stopping)
-        {
-            for (SJob& job : jobs)
-                job.run->Finish();
-            jobs.clear();
-        }
-        while (running.size() < std::max(1u, m_settings.jobs) && !jobs.empty())
-        {
-            spawn(jobs.front());
-            jobs.pop_front();
-        }
-        if (running.empty())
-            continue;
-
-        std::vector<pollfd> fds;
-        int waitMs = -1;
-        const Clock::time_point now = Clock::now();
-        for (auto& child : running)
-        {
-            fds.push_back({child->events, POLLIN, 0});
-            if (child->HasDeadline())
-            {
-                const auto left =
-                    std::chrono::duration_cast<std::chrono::milliseconds>(child->Deadline() - now).count() +
-                    1;
-                const int ms = static_cast<int>(std::clamp<long long>(left, 0, 1 << 30));
-                waitMs = waitMs < 0 ? ms : std::min(waitMs, ms);
-            }
-        }
-        if (poll(fds.data(), fds.size(), waitMs) < 0 && errno != EINTR)
-            throw std::runtime_error(std::string("poll: ") + std::strerror(errno));
-
-        for (std::size_t slot = running.size(); slot-- > 0;)
-        {
-            CChild& child = *running[slot];
-            bool open = true;
-            if (fds[slot].revents & (POLLIN | POLLHUP | POLLERR))
-            {
-                try
-                {
-                    open = child.ReadEvents();
-                }
-                catch (const std::exception& e)
-                {
-                    // A child that garbles its own event stream is as good as crashed.
-                    kill(child.pid, SIGKILL);
-                    child.Run().AppendOutput(std::string("zqtest: ") + e.what() + "\n");
-                    open = false;
-                }
-            }
-            if (!open)
-            {
-                close(child.events);
-                child.events = -1;
-                reap(slot, "");
-            }
-            else if (child.HasDeadline() && Clock::now() >= child.Deadline())
-            {
-                kill(child.pid, SIGKILL);
-                char text[64];
-                std::snprintf(text, sizeof text, "timeout: still running after %g s",
-                              m_settings.timeoutSeconds);
-                reap(slot, text);
-            }
-        }
-
-        if (m_settings.failFast && !stopping &&
-            std::any_of(classes.begin(), classes.end(),
-                        [](ZqTestClassRun* run) { return run->HasFailure(); }))
-        {
-            stopping = true;
-            for (auto& child : running)
-            {
-                kill(child->pid, SIGKILL);
-                int status = 0;
-                while (waitpid(child->pid, &status, 0) < 0 && errno == EINTR)
-                {
-                }
-                child->Run().Finish();
-            }
-            running.clear();
-        }
+        m_running.erase(m_running.begin() + static_cast<std::ptrdiff_t>(slot));
     }
-    return !stopping;
+
+    bool anyFailure() const
+    {
+        return std::any_of(m_classes.begin(), m_classes.end(),
+                           [](ZqTestClassRun* run) { return run->HasFailure(); });
+    }
+
+    // Fail-fast: the children still running are stopped; what they had not done is skipped.
+    void stopRunning()
+    {
+        m_stopping = true;
+        for (auto& child : m_running)
+        {
+            kill(child->pid, SIGKILL);
+            int status = 0;
+            waitForExit(child->pid, status);
+            child->Run().Finish();
+        }
+        m_running.clear();
+    }
+
+    void skipWaiting()
+    {
+        for (SJob& job : m_jobs)
+            job.run->Finish();
+        m_jobs.clear();
+    }
+
+    const ZqTestSupervisor::SSettings& m_settings;
+    const std::vector<ZqTestClassRun*>& m_classes;
+    std::deque<SJob> m_jobs;
+    std::vector<std::unique_ptr<CChild>> m_running;
+    std::vector<pollfd> m_polled;
+    bool m_stopping = false;
+};
+} // namespace
+
+bool ZqTestSupervisor::Run(const std::vector<ZqTestClassRun*>& classes)
+{
+    return CSupervision(m_settings, classes).Run();
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "zqbase/zqbase_export.h"
-#include "zqbase/zqtestexecutor.h"
+#include "zqbase/zqtest/zqtestexecutor.h"
 
 #include <cstdint>
 #include <functional>

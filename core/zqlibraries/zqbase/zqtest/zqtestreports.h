@@ -1,7 +1,7 @@
 #pragma once
 
 #include "zqbase/zqbase_export.h"
-#include "zqbase/zqtestrecord.h"
+#include "zqbase/zqtest/zqtestrecord.h"
 
 #include <string>
 

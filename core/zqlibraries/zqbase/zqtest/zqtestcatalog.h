@@ -19,6 +19,13 @@ struct ZqTestClassInfo
     std::string error;
 };
 
+// A class and the indices of its subtests that a filter (and a shard) selected.
+struct ZqTestSelection
+{
+    const ZqTestClassInfo* info = nullptr;
+    std::vector<unsigned> indices;
+};
+
 // The test classes of the loaded modules. A module's classes are the records that appear in the
 // type registry while it loads, that are a kind of ZqUnitTest and that can be created.
 class ZQBASE_API ZqTestCatalog

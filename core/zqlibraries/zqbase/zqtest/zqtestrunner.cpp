@@ -1,15 +1,16 @@
-#include "zqbase/zqtestrunner.h"
+#include "zqbase/zqtest/zqtestrunner.h"
 
 #include "zqbase/cbtimer.h"
-#include "zqbase/zqtestcatalog.h"
-#include "zqbase/zqtestclassrun.h"
-#include "zqbase/zqtestconsole.h"
+#include "zqbase/zqtest/zqtestcatalog.h"
+#include "zqbase/zqtest/zqtestclassrun.h"
+#include "zqbase/zqtest/zqtestconsole.h"
+#include "zqbase/zqtest/zqtestfilter.h"
+#include "zqbase/zqtest/zqtestlisting.h"
+#include "zqbase/zqtest/zqtestoptions.h"
+#include "zqbase/zqtest/zqtestprotocol.h"
+#include "zqbase/zqtest/zqtestreports.h"
+#include "zqbase/zqtest/zqtestsupervisor.h"
 #include "zqbase/zqtestenvironment.h"
-#include "zqbase/zqtestfilter.h"
-#include "zqbase/zqtestoptions.h"
-#include "zqbase/zqtestprotocol.h"
-#include "zqbase/zqtestreports.h"
-#include "zqbase/zqtestsupervisor.h"
 
 #include <algorithm>
 #include <chrono>
@@ -76,26 +77,21 @@ private:
     std::string m_path;
 };
 
-struct SPlan
+// A class's record with its selected subtests in run order, all pending.
+ZqClassRecord pendingRecord(const ZqTestSelection& entry, int iteration)
 {
-    const ZqTestClassInfo* info;
-    std::vector<unsigned> indices;
-};
-
-// GoogleTest's listing is read back by tools that pass the names to --gtest_filter. Characters
-// that would not survive that trip (':' and '-' split filters, " #" starts a comment for CMake's
-// test discovery, surrounding blanks are trimmed) are written '?', which the filter matches.
-std::string googleTestName(const std::string& name)
-{
-    std::string safe = name;
-    for (char& c : safe)
-        if (c == ':' || c == '-' || c == '#' || (static_cast<unsigned char>(c) < 0x20))
-            c = '?';
-    if (!safe.empty() && safe.front() == ' ')
-        safe.front() = '?';
-    if (!safe.empty() && safe.back() == ' ')
-        safe.back() = '?';
-    return safe.empty() ? "?" : safe;
+    ZqClassRecord record;
+    record.name = entry.info->name;
+    record.parents = entry.info->parents;
+    record.iteration = iteration;
+    for (unsigned index : entry.indices)
+    {
+        ZqSubtestRecord subtest;
+        subtest.index = index;
+        subtest.name = entry.info->subtests[index];
+        record.subtests.push_back(std::move(subtest));
+    }
+    return record;
 }
 
 class CRunner
@@ -109,11 +105,14 @@ public:
     int Run();
 
 private:
-    std::vector<SPlan> select(bool shard) const;
-    int list(const std::vector<SPlan>& plans) const;
-    int run(const std::vector<SPlan>& plans);
-    bool runIteration(std::vector<SPlan> plans, int iteration, std::uint32_t seed, ZqTestConsole& console,
-                      const std::string& scratch, std::vector<ZqClassRecord>& records);
+    std::vector<ZqTestSelection> select(bool forListing) const;
+    int list(const std::vector<ZqTestSelection>& selection) const;
+    int run(const std::vector<ZqTestSelection>& selection);
+    bool runIteration(std::vector<ZqTestSelection> selection, int iteration, std::uint32_t seed,
+                      ZqTestConsole& console, const std::string& scratch,
+                      std::vector<ZqClassRecord>& records);
+    bool runIsolated(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const;
+    bool runInProcess(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const;
     std::vector<std::string> childArguments() const;
     std::string replayCommand() const;
     void writeReports(const ZqRunRecord& run) const;
@@ -142,8 +141,8 @@ int CRunner::Run()
         if (!m_options.shardStatusFile.empty())
             std::ofstream(m_options.shardStatusFile).flush();
         if (m_options.list)
-            return list(select(false));
-        return run(select(true));
+            return list(select(true));
+        return run(select(false));
     }
     catch (const std::exception& e)
     {
@@ -152,87 +151,62 @@ int CRunner::Run()
     }
 }
 
-std::vector<SPlan> CRunner::select(bool shard) const
+std::vector<ZqTestSelection> CRunner::select(bool forListing) const
 {
     const ZqTestFilter filter(m_options.filter);
-    std::vector<SPlan> plans;
+    std::vector<ZqTestSelection> selection;
     unsigned counter = 0;
     bool matched = false;
+    auto inShard = [&] { return forListing || counter++ % m_options.shardCount == m_options.shardIndex; };
     for (const ZqTestClassInfo& info : m_catalog.GetClasses())
     {
-        SPlan plan{&info, {}};
+        ZqTestSelection entry{&info, {}};
         // A class whose subtests could not be read runs as a failure of its own when it is selected.
         bool broken = !info.error.empty() && filter.Matches(info.name, 0, "");
         if (broken)
         {
             matched = true;
-            broken = !shard || counter++ % m_options.shardCount == m_options.shardIndex;
+            broken = inShard();
         }
         for (unsigned i = 0; i < info.subtests.size(); ++i)
         {
             if (!filter.Matches(info.name, i, info.subtests[i]))
                 continue;
             matched = true;
-            if (!shard || counter++ % m_options.shardCount == m_options.shardIndex)
-                plan.indices.push_back(i);
+            if (inShard())
+                entry.indices.push_back(i);
         }
-        if (!plan.indices.empty() || broken)
-            plans.push_back(std::move(plan));
+        // A test without subtests is listed all the same; there is nothing of it to run.
+        const bool empty =
+            forListing && info.error.empty() && info.subtests.empty() && filter.MatchesClass(info.name);
+        if (!entry.indices.empty() || broken || empty)
+            selection.push_back(std::move(entry));
+        matched = matched || empty;
     }
     if (!matched)
         throw ZqTestUsageError(m_options.filterGiven ? "filter '" + m_options.filter + "' matches no subtest"
                                                      : std::string("the modules have no subtests"));
-    return plans;
+    return selection;
 }
 
-int CRunner::list(const std::vector<SPlan>& plans) const
+int CRunner::list(const std::vector<ZqTestSelection>& selection) const
 {
     if (m_options.json)
     {
-        std::string out = "{\"tests\": [";
-        for (std::size_t p = 0; p < plans.size(); ++p)
-        {
-            const ZqTestClassInfo& info = *plans[p].info;
-            out += std::string(p ? ",\n  " : "\n  ") + "{\"class\": " + ZqTestReports::JsonString(info.name) +
-                   ", \"parents\": [";
-            for (std::size_t i = 0; i < info.parents.size(); ++i)
-                out += std::string(i ? ", " : "") + ZqTestReports::JsonString(info.parents[i]);
-            out += "],\n   \"subtests\": [";
-            for (std::size_t i = 0; i < plans[p].indices.size(); ++i)
-            {
-                const unsigned index = plans[p].indices[i];
-                out += std::string(i ? ", " : "") + "{\"index\": " + std::to_string(index) +
-                       ", \"name\": " + ZqTestReports::JsonString(info.subtests[index]) + "}";
-            }
-            out += "]";
-            if (!info.error.empty())
-                out += ", \"error\": " + ZqTestReports::JsonString(info.error);
-            out += "}";
-        }
-        out += "]}\n";
+        const std::string out = ZqTestListing::ToJson(selection);
         if (*m_options.json == "-")
             std::fputs(out.c_str(), stdout);
         else
             ZqTestReports::WriteFileAtomically(*m_options.json, out);
         return 0;
     }
-    for (const SPlan& plan : plans)
-    {
-        if (!plan.info->error.empty())
-            std::fprintf(stderr, "zqtest: warning: %s: %s\n", plan.info->name.c_str(),
-                         plan.info->error.c_str());
-        if (m_options.listGoogleTest)
-        {
-            std::printf("%s.\n", plan.info->name.c_str());
-            for (unsigned index : plan.indices)
-                std::printf("  %s\n", googleTestName(plan.info->subtests[index]).c_str());
-            continue;
-        }
-        std::printf("%s (%zu %s)\n", plan.info->name.c_str(), plan.indices.size(),
-                    plan.indices.size() == 1 ? "subtest" : "subtests");
-        for (unsigned index : plan.indices)
-            std::printf("  #%-3u %s\n", index, plan.info->subtests[index].c_str());
-    }
+    for (const ZqTestSelection& entry : selection)
+        if (!entry.info->error.empty())
+            std::fprintf(stderr, "zqtest: warning: %s: %s\n", entry.info->name.c_str(),
+                         entry.info->error.c_str());
+    const std::string out =
+        m_options.listGoogleTest ? ZqTestListing::ToGoogleTest(selection) : ZqTestListing::ToText(selection);
+    std::fputs(out.c_str(), stdout);
     return 0;
 }
 
@@ -265,7 +239,7 @@ std::string CRunner::replayCommand() const
     return command;
 }
 
-int CRunner::run(const std::vector<SPlan>& plans)
+int CRunner::run(const std::vector<ZqTestSelection>& selection)
 {
     if (m_options.jobs == 0)
         m_options.jobs = std::max(1u, std::thread::hardware_concurrency());
@@ -299,7 +273,7 @@ int CRunner::run(const std::vector<SPlan>& plans)
     {
         std::vector<ZqClassRecord> records;
         const bool finished =
-            runIteration(plans, iteration, run.seed + static_cast<std::uint32_t>(iteration - 1), console,
+            runIteration(selection, iteration, run.seed + static_cast<std::uint32_t>(iteration - 1), console,
                          scratch.Path(), records);
         for (ZqClassRecord& record : records)
             run.classes.push_back(std::move(record));
@@ -312,69 +286,61 @@ int CRunner::run(const std::vector<SPlan>& plans)
     return run.Count().failed ? 1 : 0;
 }
 
-bool CRunner::runIteration(std::vector<SPlan> plans, int iteration, std::uint32_t seed,
+bool CRunner::runIteration(std::vector<ZqTestSelection> selection, int iteration, std::uint32_t seed,
                            ZqTestConsole& console, const std::string& scratch,
                            std::vector<ZqClassRecord>& records)
 {
     if (m_options.shuffle)
     {
         std::mt19937 generator(seed);
-        std::shuffle(plans.begin(), plans.end(), generator);
-        for (SPlan& plan : plans)
-            std::shuffle(plan.indices.begin(), plan.indices.end(), generator);
+        std::shuffle(selection.begin(), selection.end(), generator);
+        for (ZqTestSelection& entry : selection)
+            std::shuffle(entry.indices.begin(), entry.indices.end(), generator);
     }
     unsigned subtests = 0;
-    records.resize(plans.size());
-    for (std::size_t i = 0; i < plans.size(); ++i)
+    for (const ZqTestSelection& entry : selection)
     {
-        const ZqTestClassInfo& info = *plans[i].info;
-        ZqClassRecord& record = records[i];
-        record.name = info.name;
-        record.parents = info.parents;
-        record.iteration = iteration;
-        for (unsigned index : plans[i].indices)
-        {
-            ZqSubtestRecord subtest;
-            subtest.index = index;
-            subtest.name = info.subtests[index];
-            record.subtests.push_back(std::move(subtest));
-        }
-        subtests += static_cast<unsigned>(plans[i].indices.size());
+        records.push_back(pendingRecord(entry, iteration));
+        subtests += static_cast<unsigned>(entry.indices.size());
     }
-    console.RunStart(subtests, static_cast<unsigned>(plans.size()),
+    console.RunStart(subtests, static_cast<unsigned>(selection.size()),
                      m_options.shuffle ? std::optional<std::uint32_t>(seed) : std::nullopt, iteration,
                      m_options.repeat);
 
     std::vector<std::unique_ptr<ZqTestClassRun>> runs;
-    std::vector<ZqTestClassRun*> isolated;
-    for (std::size_t i = 0; i < plans.size(); ++i)
+    std::vector<ZqTestClassRun*> runnable;
+    for (std::size_t i = 0; i < selection.size(); ++i)
     {
         runs.push_back(std::make_unique<ZqTestClassRun>(records[i], console));
-        if (!plans[i].info->error.empty())
+        if (selection[i].info->error.empty())
         {
-            runs.back()->OnPhase(EZqTestPhase::eInit);
-            records[i].error = plans[i].info->error;
-            runs.back()->Finish();
+            runnable.push_back(runs.back().get());
+            continue;
         }
-        else
-            isolated.push_back(runs.back().get());
+        runs.back()->OnPhase(EZqTestPhase::eInit);
+        records[i].error = selection[i].info->error;
+        runs.back()->Finish();
     }
+    return m_options.inProcess ? runInProcess(runnable, scratch) : runIsolated(runnable, scratch);
+}
 
-    if (!m_options.inProcess)
-    {
-        ZqTestSupervisor::SSettings settings;
-        std::error_code error;
-        settings.program = std::filesystem::read_symlink("/proc/self/exe", error).string();
-        settings.arguments = childArguments();
-        settings.scratch = scratch;
-        settings.jobs = m_options.jobs;
-        settings.timeoutSeconds = m_options.timeoutSeconds;
-        settings.failFast = m_options.failFast;
-        return ZqTestSupervisor(settings).Run(isolated);
-    }
+bool CRunner::runIsolated(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const
+{
+    ZqTestSupervisor::SSettings settings;
+    std::error_code error;
+    settings.program = std::filesystem::read_symlink("/proc/self/exe", error).string();
+    settings.arguments = childArguments();
+    settings.scratch = scratch;
+    settings.jobs = m_options.jobs;
+    settings.timeoutSeconds = m_options.timeoutSeconds;
+    settings.failFast = m_options.failFast;
+    return ZqTestSupervisor(settings).Run(runs);
+}
 
+bool CRunner::runInProcess(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const
+{
     bool stopped = false;
-    for (ZqTestClassRun* classRun : isolated)
+    for (ZqTestClassRun* classRun : runs)
     {
         const std::string& name = classRun->GetRecord().name;
         if (!stopped)

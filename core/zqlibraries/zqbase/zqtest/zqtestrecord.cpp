@@ -1,4 +1,4 @@
-#include "zqbase/zqtestrecord.h"
+#include "zqbase/zqtest/zqtestrecord.h"
 
 #include <cstdlib>
 #include <cstring>

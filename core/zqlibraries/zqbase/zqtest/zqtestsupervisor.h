@@ -9,8 +9,8 @@ class ZqTestClassRun;
 
 // Runs test classes in child processes, up to a number at once, and watches them. A child is the
 // runner itself started again for one class and a list of subtest indices; it reports its events
-// over a pipe (ZqTestEventWriter on descriptor 3) and its stdout and stderr go to a second pipe,
-// attributed to the subtest running when they arrive.
+// over a pipe (ZqTestEventWriter on descriptor 3). Its stdout and stderr go to one in-memory file,
+// and the output marks among the events tell which part of that file each subtest printed.
 //
 // A child that dies (a signal, an exit before its class ended) or outlives the timeout of one
 // subtest (killed with SIGKILL) is reported against the subtest it was in; the subtests before it

@@ -1,4 +1,4 @@
-#include "zqbase/zqtestfilter.h"
+#include "zqbase/zqtest/zqtestfilter.h"
 
 namespace
 {
@@ -46,6 +46,19 @@ bool ZqTestFilter::Matches(std::string_view className, unsigned index, std::stri
     if (!m_positive.empty() && !anyMatches(m_positive, className, fullName, indexName))
         return false;
     return !anyMatches(m_negative, className, fullName, indexName);
+}
+
+bool ZqTestFilter::MatchesClass(std::string_view className) const
+{
+    const std::string prefix = std::string(className) + '.';
+    auto any = [&](const std::vector<std::string>& patterns)
+    {
+        for (const std::string& pattern : patterns)
+            if (Glob(pattern, className) || Glob(pattern, prefix))
+                return true;
+        return false;
+    };
+    return (m_positive.empty() || any(m_positive)) && !any(m_negative);
 }
 
 bool ZqTestFilter::anyMatches(const std::vector<std::string>& patterns, std::string_view className,

@@ -1,4 +1,4 @@
-#include "zqbase/zqtestoptions.h"
+#include "zqbase/zqtest/zqtestoptions.h"
 
 #include <cerrno>
 #include <cstdlib>
@@ -231,75 +231,90 @@ bool applyChildOption(ZqTestOptions& options, CArguments& args)
     return true;
 }
 
+template <bool ZqTestOptions::*member> void setFlag(ZqTestOptions& options, CArguments& args)
+{
+    args.NoValue();
+    options.*member = true;
+}
+
+template <std::optional<std::string> ZqTestOptions::*member>
+void setPath(ZqTestOptions& options, CArguments& args)
+{
+    options.*member = args.Value();
+}
+
+double parseSeconds(const std::string& text, const std::string& what)
+{
+    char* end = nullptr;
+    const double seconds = std::strtod(text.c_str(), &end);
+    if (text.empty() || *end != 0 || !(seconds >= 0) || seconds > 1e6)
+        fail(what + " expects seconds, not '" + text + "'");
+    return seconds;
+}
+
+// Seeds are reported with %d, so a negative one is accepted as its 32-bit pattern.
+std::uint32_t parseReplaySeed(const std::string& text, const std::string& what)
+{
+    const bool negative = !text.empty() && text[0] == '-';
+    const std::uint64_t value =
+        parseUnsigned(negative ? text.substr(1) : text, what, negative ? 0x80000000ull : UINT32_MAX);
+    return static_cast<std::uint32_t>(negative ? 0x100000000ull - value : value);
+}
+
+struct SOwnOption
+{
+    const char* name;
+    const char* shortName;
+    void (*apply)(ZqTestOptions&, CArguments&);
+};
+
+const SOwnOption kOwnOptions[] = {
+    {"--help", "-h", setFlag<&ZqTestOptions::help>},
+    {"--list", nullptr, setFlag<&ZqTestOptions::list>},
+    {"--filter", nullptr,
+     [](ZqTestOptions& o, CArguments& a)
+     {
+         o.filter = a.Value();
+         o.filterGiven = true;
+     }},
+    {"--json", nullptr, setPath<&ZqTestOptions::json>},
+    {"--junit", nullptr, setPath<&ZqTestOptions::junit>},
+    {"--repeat", nullptr,
+     [](ZqTestOptions& o, CArguments& a)
+     { o.repeat = static_cast<int>(parseUnsigned(a.Value(), a.Name(), 1000000)); }},
+    {"--shuffle", nullptr, setFlag<&ZqTestOptions::shuffle>},
+    {"--seed", nullptr,
+     [](ZqTestOptions& o, CArguments& a)
+     { o.seed = static_cast<std::uint32_t>(parseUnsigned(a.Value(), a.Name(), UINT32_MAX)); }},
+    {"--shard", nullptr, [](ZqTestOptions& o, CArguments& a) { parseShard(o, a.Value()); }},
+    {"--fail-fast", nullptr, setFlag<&ZqTestOptions::failFast>},
+    {"--color", nullptr,
+     [](ZqTestOptions& o, CArguments& a)
+     { o.color = a.HasInlineValue() ? parseColor(a.FlagValue(), a.Name()) : ZqTestOptions::EColor::eYes; }},
+    {"--brief", nullptr, setFlag<&ZqTestOptions::brief>},
+    {"--verbose", "-v", setFlag<&ZqTestOptions::verbose>},
+    {"--jobs", "-j",
+     [](ZqTestOptions& o, CArguments& a)
+     { o.jobs = static_cast<unsigned>(parseUnsigned(a.Value(), a.Name(), 4096)); }},
+    {"--in-process", nullptr, setFlag<&ZqTestOptions::inProcess>},
+    {"--timeout", nullptr,
+     [](ZqTestOptions& o, CArguments& a) { o.timeoutSeconds = parseSeconds(a.Value(), a.Name()); }},
+    {"--recreate", nullptr, setFlag<&ZqTestOptions::recreate>},
+    {"--data-dir", nullptr, setPath<&ZqTestOptions::dataDirectory>},
+    {"--random-seed", nullptr,
+     [](ZqTestOptions& o, CArguments& a) { o.randomSeed = parseReplaySeed(a.Value(), a.Name()); }},
+    {"--debug-images", nullptr, setFlag<&ZqTestOptions::debugImages>},
+};
+
 bool applyOwnOption(ZqTestOptions& options, CArguments& args)
 {
-    const std::string& name = args.Name();
-    auto flag = [&](bool& target)
-    {
-        args.NoValue();
-        target = true;
-    };
-    if (name == "--help" || name == "-h")
-        flag(options.help);
-    else if (name == "--list")
-        flag(options.list);
-    else if (name == "--filter")
-    {
-        options.filter = args.Value();
-        options.filterGiven = true;
-    }
-    else if (name == "--json")
-        options.json = args.Value();
-    else if (name == "--junit")
-        options.junit = args.Value();
-    else if (name == "--repeat")
-        options.repeat = static_cast<int>(parseUnsigned(args.Value(), name, 1000000));
-    else if (name == "--shuffle")
-        flag(options.shuffle);
-    else if (name == "--seed")
-        options.seed = static_cast<std::uint32_t>(parseUnsigned(args.Value(), name, UINT32_MAX));
-    else if (name == "--shard")
-        parseShard(options, args.Value());
-    else if (name == "--fail-fast")
-        flag(options.failFast);
-    else if (name == "--color")
-        options.color =
-            args.HasInlineValue() ? parseColor(args.FlagValue(), name) : ZqTestOptions::EColor::eYes;
-    else if (name == "--brief")
-        flag(options.brief);
-    else if (name == "--verbose" || name == "-v")
-        flag(options.verbose);
-    else if (name == "--jobs" || name == "-j")
-        options.jobs = static_cast<unsigned>(parseUnsigned(args.Value(), name, 4096));
-    else if (name == "--in-process")
-        flag(options.inProcess);
-    else if (name == "--timeout")
-    {
-        const std::string text = args.Value();
-        char* end = nullptr;
-        const double seconds = std::strtod(text.c_str(), &end);
-        if (text.empty() || *end != 0 || !(seconds >= 0) || seconds > 1e6)
-            fail("--timeout expects seconds, not '" + text + "'");
-        options.timeoutSeconds = seconds;
-    }
-    else if (name == "--recreate")
-        flag(options.recreate);
-    else if (name == "--data-dir")
-        options.dataDirectory = args.Value();
-    else if (name == "--random-seed")
-    {
-        // Seeds are reported with %d, so a negative one is accepted as its 32-bit pattern.
-        std::string text = args.Value();
-        const bool negative = !text.empty() && text[0] == '-';
-        const std::uint64_t value =
-            parseUnsigned(negative ? text.substr(1) : text, name, negative ? 0x80000000ull : UINT32_MAX);
-        options.randomSeed = static_cast<std::uint32_t>(negative ? 0x100000000ull - value : value);
-    }
-    else if (name == "--debug-images")
-        flag(options.debugImages);
-    else
-        return false;
-    return true;
+    for (const SOwnOption& option : kOwnOptions)
+        if (args.Name() == option.name || (option.shortName && args.Name() == option.shortName))
+        {
+            option.apply(options, args);
+            return true;
+        }
+    return false;
 }
 } // namespace
 

@@ -1,4 +1,4 @@
-#include "zqbase/zqtestconsole.h"
+#include "zqbase/zqtest/zqtestconsole.h"
 
 #include <cinttypes>
 
