@@ -18,6 +18,7 @@ public:
     void Gather(const ZqTriangulationBase& triangulation, std::span<const std::vector<unsigned int>> loops);
 
     void Insert(unsigned int a, unsigned int b) { m_edges.insert(key(a, b)); }
+    void Remove(unsigned int a, unsigned int b) { m_edges.erase(key(a, b)); }
     bool Contains(unsigned int a, unsigned int b) const { return m_edges.contains(key(a, b)); }
 
 private:

@@ -16,6 +16,8 @@ public:
     explicit ZqHoleFill(const ZqTriangulationBase& triangulation);
 
     const std::vector<ZqTriangleCorners>& GetTriangles() const { return m_triangles; }
+    // For improvers that rearrange the triangles they were given (ZqHoleFlips).
+    std::vector<ZqTriangleCorners>& GetTriangles() { return m_triangles; }
     unsigned int GetAddedVertexCount() const { return static_cast<unsigned int>(m_vertices.size()); }
     // The position of a vertex of the triangulation or of one added here.
     const CbVector3f& GetPosition(unsigned int vertex) const;
