@@ -112,28 +112,43 @@ std::vector<ZqHoleRims::Loop> ZqHoleRims::FindAll(const ZqTriangulationBase& tri
 {
     if (!triangulation.HasVertexTriangleRelationship())
         CB_THROW(CbExceptionPreconditionViolation, "ZqHoleRims::FindAll", "no vertex-triangle relation");
-    // The fill edges (border edges turned round), by the vertex they leave.
-    std::unordered_multimap<unsigned int, unsigned int> outgoing;
+    // The fill edges (border edges turned round) by the vertex they leave: where they go, and the
+    // triangle whose border edge they are.
+    std::unordered_multimap<unsigned int, std::pair<unsigned int, unsigned int>> outgoing;
     for (unsigned int t = 0; t < triangulation.GetTriangleCount(); ++t)
         for (const SHalfEdge& edge : borderEdges(triangulation, t))
-            outgoing.emplace(edge.to, edge.from);
+            outgoing.emplace(edge.to, std::make_pair(edge.from, t));
     std::vector<Loop> loops;
     while (!outgoing.empty())
     {
-        const auto start = outgoing.begin();
-        Loop walk{start->first};
-        unsigned int at = start->second;
-        outgoing.erase(start);
-        while (at != walk.front())
+        auto edge = outgoing.begin();
+        const unsigned int start = edge->first;
+        Loop walk{start};
+        bool closed = false;
+        while (true)
         {
-            const auto next = outgoing.find(at);
-            if (next == outgoing.end())
+            const auto [to, triangle] = edge->second;
+            outgoing.erase(edge);
+            if (to == start)
+            {
+                closed = true;
                 break;
-            walk.push_back(at);
-            at = next->second;
-            outgoing.erase(next);
+            }
+            const auto [first, last] = outgoing.equal_range(to);
+            if (first == last)
+                break;
+            // Where several border edges leave a vertex (holes touching there), go on along another
+            // triangle: turning along the same one would circle that triangle alone.
+            edge = first;
+            for (auto candidate = first; candidate != last; ++candidate)
+                if (candidate->second.second != triangle)
+                {
+                    edge = candidate;
+                    break;
+                }
+            walk.push_back(to);
         }
-        if (at == walk.front())
+        if (closed)
             keepLoops(loops, walk);
     }
     return loops;
