@@ -14,25 +14,15 @@ namespace
 {
 using Loops = std::vector<std::vector<unsigned int>>;
 
-// The loops to fill, without loops listed twice and without loops above the cap.
-Loops selectLoops(const Loops& found, unsigned int maxRimVertices, unsigned int& skipped)
+// The loops up to the cap.
+Loops selectLoops(Loops found, unsigned int maxRimVertices, unsigned int& skipped)
 {
-    Loops loops;
-    ZqHoleEdges taken;
-    for (const std::vector<unsigned int>& loop : found)
-    {
-        if (maxRimVertices != 0 && loop.size() > maxRimVertices)
-        {
-            ++skipped;
-            continue;
-        }
-        if (taken.Contains(loop[0], loop[1]))
-            continue;
-        for (std::size_t i = 0; i < loop.size(); ++i)
-            taken.Insert(loop[i], loop[(i + 1) % loop.size()]);
-        loops.push_back(loop);
-    }
-    return loops;
+    const std::size_t all = found.size();
+    if (maxRimVertices != 0)
+        std::erase_if(found,
+                      [&](const std::vector<unsigned int>& loop) { return loop.size() > maxRimVertices; });
+    skipped = static_cast<unsigned int>(all - found.size());
+    return found;
 }
 
 void checkFinite(const ZqTriangulationBase& triangulation, const Loops& loops)
@@ -79,14 +69,9 @@ void ZqFtTriangulationFillHolesEarCut::SetMaxRimVertexCount(unsigned int count)
 
 void ZqFtTriangulationFillHolesEarCut::checkPreConditionsInit() const
 {
-    const char* function = "ZqFtTriangulationFillHolesEarCut::Compute";
     if (!m_triangulation)
-        CB_THROW(CbExceptionPreconditionViolation, function, "no triangulation");
-    if (m_holes)
-        for (const ZqPolylineTriangulation& hole : *m_holes)
-            if (&hole.GetTriangulation() != m_triangulation)
-                CB_THROW(CbExceptionPreconditionViolation, function,
-                         "a rim is bound to another triangulation");
+        CB_THROW(CbExceptionPreconditionViolation, "ZqFtTriangulationFillHolesEarCut::Compute",
+                 "no triangulation");
 }
 
 void ZqFtTriangulationFillHolesEarCut::compute()
@@ -95,14 +80,9 @@ void ZqFtTriangulationFillHolesEarCut::compute()
     ZqTriangulationBase& triangulation = *m_triangulation;
     if (!triangulation.HasVertexTriangleRelationship())
         triangulation.ComputeVertexTriangleRelationship();
-    Loops found;
-    if (m_holes)
-        for (const ZqPolylineTriangulation& hole : *m_holes)
-            for (std::vector<unsigned int>& loop : ZqHoleRims::FromRim(triangulation, hole))
-                found.push_back(std::move(loop));
-    else
-        found = ZqHoleRims::FindAll(triangulation);
-    const Loops loops = selectLoops(found, m_maxRimVertices, m_skipped);
+    const Loops loops = selectLoops(m_holes ? ZqHoleRims::FromRims(triangulation, *m_holes)
+                                            : ZqHoleRims::FindAll(triangulation),
+                                    m_maxRimVertices, m_skipped);
     checkFinite(triangulation, loops);
 
     ZqHoleEdges edges;

@@ -48,6 +48,9 @@ private:
     bool fill(ZqTriangulationDynamic& surface, unsigned int loops);
     // Fails with text when condition does not hold.
     bool check(bool condition, const wchar_t* text) const;
+    // The fill from triangle first on faces away from the centre of the sphere and bends nowhere by
+    // more than 45 degrees.
+    EResult checkCurvedFill(const ZqTriangulationBase& surface, unsigned int first) const;
 };
 
 CB_IMPLEMENT_RTTI(ZqFtTriangulationFillHolesEarCut_UnitTest, ZqUnitTest::RTTI);
@@ -146,6 +149,16 @@ bool ZqFtTriangulationFillHolesEarCut_UnitTest::check(bool condition, const wcha
     return condition;
 }
 
+ZqUnitTest::EResult
+ZqFtTriangulationFillHolesEarCut_UnitTest::checkCurvedFill(const ZqTriangulationBase& surface,
+                                                           unsigned int first) const
+{
+    for (unsigned int t = first; t < surface.GetTriangleCount(); ++t)
+        if (!check(normalOf(surface, t).Dot(centroidOf(surface, t)) > 0.0, L"Füllung zeigt nach innen"))
+            return eFailed;
+    return check(largestFoldWithin(surface, first) < 45.0, L"Füllung geknickt") ? ePassed : eFailed;
+}
+
 ZqTriangulationDynamic
 ZqFtTriangulationFillHolesEarCut_UnitTest::cut(const ZqMpTriangulationPrimitiveOld& primitive,
                                                const Remove& remove)
@@ -224,10 +237,7 @@ ZqUnitTest::EResult ZqFtTriangulationFillHolesEarCut_UnitTest::runCurvedHole()
     const unsigned int first = surface.GetTriangleCount();
     if (!fill(surface, 1))
         return eFailed;
-    for (unsigned int t = first; t < surface.GetTriangleCount(); ++t)
-        if (!check(normalOf(surface, t).Dot(centroidOf(surface, t)) > 0.0, L"Füllung zeigt nach innen"))
-            return eFailed;
-    return check(largestFoldWithin(surface, first) < 45.0, L"Füllung geknickt") ? ePassed : eFailed;
+    return checkCurvedFill(surface, first);
 }
 
 ZqUnitTest::EResult ZqFtTriangulationFillHolesEarCut_UnitTest::runTwoHolesSharingAVertex()
@@ -283,8 +293,5 @@ ZqUnitTest::EResult ZqFtTriangulationFillHolesEarCut_UnitTest::runLargeWavyHole(
     const unsigned int first = surface.GetTriangleCount();
     if (!fill(surface, 1))
         return eFailed;
-    for (unsigned int t = first; t < surface.GetTriangleCount(); ++t)
-        if (!check(normalOf(surface, t).Dot(centroidOf(surface, t)) > 0.0, L"Füllung zeigt nach innen"))
-            return eFailed;
-    return check(largestFoldWithin(surface, first) < 45.0, L"Füllung geknickt") ? ePassed : eFailed;
+    return checkCurvedFill(surface, first);
 }

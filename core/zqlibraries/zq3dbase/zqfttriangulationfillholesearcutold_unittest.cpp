@@ -42,6 +42,11 @@ private:
 
         // A rim through the given triangles, each step with one and the same vertex reference.
         void addRim(CbVertexRef vertex, std::initializer_list<ZqDynamicTriangle> triangles);
+        // The 3 x 3 grid, vertex 3x + y at (x, y), and six triangles round two triangular holes
+        // 1-3-4 and 4-7-5; its squares are split so that neither hole touches the grid's border.
+        // With duplicateCentre vertex 4 is stored again as vertex 9, which the triangles round the
+        // second hole use.
+        std::array<ZqDynamicTriangle, 6> addGrid(bool duplicateCentre);
     };
 
     EResult runSingleTriangle(bool reverse);
@@ -145,42 +150,37 @@ ZqUnitTest::EResult ZqFtTriangulationFillHolesEarcutOld_UnitTest::runSingleTrian
     return fillAndCompare(holeCase);
 }
 
-ZqUnitTest::EResult ZqFtTriangulationFillHolesEarcutOld_UnitTest::runTwoTrianglesSharedVertex()
+std::array<ZqDynamicTriangle, 6>
+ZqFtTriangulationFillHolesEarcutOld_UnitTest::SCase::addGrid(bool duplicateCentre)
 {
-    // The 3 x 3 grid, vertex 3x + y at (x, y); the squares are split so that the triangles 1-3-4 and
-    // 4-7-5 touch no border of the grid. Those two are left out: holes that meet in vertex 4.
-    SCase holeCase;
-    ZqTriangulationDynamic& s = holeCase.surface;
     for (float x = 0; x < 3; ++x)
         for (float y = 0; y < 3; ++y)
-            s.AddVertex({x, y, 0});
-    const ZqDynamicTriangle t0 = s.AddTriangle(0, 3, 1), t1 = s.AddTriangle(3, 6, 4),
-                            t2 = s.AddTriangle(6, 7, 4);
-    const ZqDynamicTriangle t3 = s.AddTriangle(1, 4, 2), t4 = s.AddTriangle(4, 5, 2),
-                            t5 = s.AddTriangle(7, 8, 5);
+            surface.AddVertex({x, y, 0});
+    const unsigned int centre = duplicateCentre ? surface.AddVertex({1, 1, 0}).GetIndex() : 4;
+    return {surface.AddTriangle(0, 3, 1),      surface.AddTriangle(3, 6, 4),
+            surface.AddTriangle(6, 7, centre), surface.AddTriangle(1, 4, 2),
+            surface.AddTriangle(centre, 5, 2), surface.AddTriangle(7, 8, 5)};
+}
+
+ZqUnitTest::EResult ZqFtTriangulationFillHolesEarcutOld_UnitTest::runTwoTrianglesSharedVertex()
+{
     // One rim round both holes, along the edges 1-3, 3-4, 4-7, 7-5, 5-4, 4-1. It passes vertex 4 twice
     // and is filled as two loops, the one that closes first along the rim (4-7-5) first.
-    holeCase.addRim(CbVertexRef(0), {t0, t1, t2, t5, t4, t3});
+    SCase holeCase;
+    const auto t = holeCase.addGrid(false);
+    holeCase.addRim(CbVertexRef(0), {t[0], t[1], t[2], t[5], t[4], t[3]});
     holeCase.fills = {{4, 7, 5}, {1, 3, 4}};
     return fillAndCompare(holeCase);
 }
 
 ZqUnitTest::EResult ZqFtTriangulationFillHolesEarcutOld_UnitTest::runTwoTrianglesDuplicatedVertex()
 {
-    // The surface of "Two Triangles Shared Vertex" with vertex 4 stored a second time as vertex 9,
-    // which the triangles round the second hole use: two holes, two rims.
+    // The holes touch at (1,1,0), stored as vertex 4 for the first and vertex 9 for the second: two
+    // holes, two rims.
     SCase holeCase;
-    ZqTriangulationDynamic& s = holeCase.surface;
-    for (float x = 0; x < 3; ++x)
-        for (float y = 0; y < 3; ++y)
-            s.AddVertex({x, y, 0});
-    s.AddVertex({1, 1, 0});
-    const ZqDynamicTriangle t0 = s.AddTriangle(0, 3, 1), t1 = s.AddTriangle(3, 6, 4),
-                            t2 = s.AddTriangle(6, 7, 9);
-    const ZqDynamicTriangle t3 = s.AddTriangle(1, 4, 2), t4 = s.AddTriangle(9, 5, 2),
-                            t5 = s.AddTriangle(7, 8, 5);
-    holeCase.addRim(CbVertexRef(0), {t0, t1, t3});
-    holeCase.addRim(CbVertexRef(0), {t2, t5, t4});
+    const auto t = holeCase.addGrid(true);
+    holeCase.addRim(CbVertexRef(0), {t[0], t[1], t[3]});
+    holeCase.addRim(CbVertexRef(0), {t[2], t[5], t[4]});
     holeCase.fills = {{1, 3, 4}, {5, 9, 7}};
     return fillAndCompare(holeCase);
 }

@@ -3,6 +3,7 @@
 #include "basepool/cbexception.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <optional>
 #include <unordered_map>
 #include <unordered_set>
@@ -106,6 +107,30 @@ std::vector<ZqHoleRims::Loop> ZqHoleRims::FromRim(const ZqTriangulationBase& tri
                 return loops;
             }
     CB_THROW(CbExceptionPreconditionViolation, function, "the rim's triangles do not run round a hole");
+}
+
+std::vector<ZqHoleRims::Loop> ZqHoleRims::FromRims(const ZqTriangulationBase& triangulation,
+                                                   const ZqPolylineTriangulationList& rims)
+{
+    std::vector<Loop> loops;
+    // Directed rim edges of the loops taken so far: a loop that begins with one was listed before.
+    std::unordered_set<std::uint64_t> taken;
+    const auto key = [](unsigned int from, unsigned int to) { return std::uint64_t(from) << 32 | to; };
+    for (const ZqPolylineTriangulation& rim : rims)
+    {
+        if (&rim.GetTriangulation() != &triangulation)
+            CB_THROW(CbExceptionPreconditionViolation, "ZqHoleRims::FromRims",
+                     "a rim is bound to another triangulation");
+        for (Loop& loop : FromRim(triangulation, rim))
+        {
+            if (taken.contains(key(loop[0], loop[1])))
+                continue;
+            for (std::size_t i = 0; i < loop.size(); ++i)
+                taken.insert(key(loop[i], loop[(i + 1) % loop.size()]));
+            loops.push_back(std::move(loop));
+        }
+    }
+    return loops;
 }
 
 std::vector<ZqHoleRims::Loop> ZqHoleRims::FindAll(const ZqTriangulationBase& triangulation)

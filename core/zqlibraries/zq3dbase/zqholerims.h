@@ -1,7 +1,7 @@
 #pragma once
 
 #include "zq3dbase/zq3dbase_export.h"
-#include "zq3dbase/zqpolylinetriangulation.h"
+#include "zq3dbase/zqpolylinetriangulationlist.h"
 #include "zq3dbase/zqtriangulationbase.h"
 
 #include <vector>
@@ -27,6 +27,12 @@ public:
     // triangle is not one of the triangulation's or the triangles do not run round a hole.
     static std::vector<Loop> FromRim(const ZqTriangulationBase& triangulation,
                                      const ZqPolylineTriangulation& rim);
+
+    // The loops of the holes whose rims are listed, in list order; a hole listed twice gives its
+    // loops once. Throws CbExceptionPreconditionViolation for a rim bound to another triangulation,
+    // and where FromRim throws.
+    static std::vector<Loop> FromRims(const ZqTriangulationBase& triangulation,
+                                      const ZqPolylineTriangulationList& rims);
 
     // The loops of every hole: all border edges, chained into closed walks. Border edges that do
     // not close into a walk (a surface whose orientation flips along its border) are left out.
