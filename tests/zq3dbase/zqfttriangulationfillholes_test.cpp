@@ -281,6 +281,8 @@ TEST(ZqTriangulationFillHoles, RefusedInputLeavesTheSurfaceAlone)
     EXPECT_FALSE(newFilter.Compute());
 
     crown.surface.GetPositions()[2].z = std::numeric_limits<float>::quiet_NaN();
+    oldFilter.SetInput(crown.surface, crown.holes);
+    EXPECT_FALSE(oldFilter.Compute());
     newFilter.SetInput(crown.surface, crown.holes);
     EXPECT_FALSE(newFilter.Compute());
     EXPECT_EQ(crown.surface.GetTriangleCount(), before);

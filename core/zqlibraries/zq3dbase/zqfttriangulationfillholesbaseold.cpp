@@ -28,6 +28,7 @@ void ZqFtTriangulationFillHolesBaseOld::compute()
     if (!triangulation.HasVertexTriangleRelationship())
         triangulation.ComputeVertexTriangleRelationship();
     const std::vector<std::vector<unsigned int>> loops = ZqHoleRims::FromRims(triangulation, *m_holes);
+    ZqHoleRims::CheckFinite(triangulation, loops, "ZqFtTriangulationFillHolesBaseOld::Compute");
     ZqHoleEdges edges;
     edges.Gather(triangulation, loops);
     ZqHoleFill fill(triangulation);

@@ -20,9 +20,10 @@
 //          order, each triangle counter-clockwise like its neighbours and starting at its lowest
 //          vertex index; vertices a filler had to add come after the existing ones.
 //          GetAddedTriangleCount, GetAddedVertexCount, GetLoopCount.
-// Failure: no triangulation, a rim bound to another triangulation, or a rim whose triangles do not
-//          run round a hole throw CbExceptionPreconditionViolation inside Compute, which returns
-//          false and leaves the triangulation unchanged (its vertex-triangle relation computed).
+// Failure: no triangulation, a rim bound to another triangulation, a rim whose triangles do not
+//          run round a hole, or a rim vertex with a coordinate that is not finite throw
+//          CbExceptionPreconditionViolation inside Compute, which returns false and leaves the
+//          triangulation unchanged (its vertex-triangle relation computed).
 class ZQ3DBASE_API ZqFtTriangulationFillHolesBaseOld : public ZqAlgorithm
 {
 public:

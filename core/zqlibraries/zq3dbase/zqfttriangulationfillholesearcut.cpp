@@ -8,8 +8,6 @@
 #include "zq3dbase/zqholeplane.h"
 #include "zq3dbase/zqholerims.h"
 
-#include <cmath>
-
 namespace
 {
 using Loops = std::vector<std::vector<unsigned int>>;
@@ -25,18 +23,6 @@ Loops selectLoops(Loops found, unsigned int maxRimVertices, unsigned int& skippe
     return found;
 }
 
-void checkFinite(const ZqTriangulationBase& triangulation, const Loops& loops)
-{
-    const auto positions = triangulation.GetPositions();
-    for (const std::vector<unsigned int>& loop : loops)
-        for (unsigned int vertex : loop)
-        {
-            const CbVector3f& p = positions[vertex];
-            if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z))
-                CB_THROW(CbExceptionPreconditionViolation, "ZqFtTriangulationFillHolesEarCut::Compute",
-                         "a rim vertex has a coordinate that is not finite");
-        }
-}
 } // namespace
 
 ZqFtTriangulationFillHolesEarCut::ZqFtTriangulationFillHolesEarCut()
@@ -83,7 +69,7 @@ void ZqFtTriangulationFillHolesEarCut::compute()
     const Loops loops = selectLoops(m_holes ? ZqHoleRims::FromRims(triangulation, *m_holes)
                                             : ZqHoleRims::FindAll(triangulation),
                                     m_maxRimVertices, m_skipped);
-    checkFinite(triangulation, loops);
+    ZqHoleRims::CheckFinite(triangulation, loops, "ZqFtTriangulationFillHolesEarCut::Compute");
 
     ZqHoleEdges edges;
     edges.Gather(triangulation, loops);

@@ -3,6 +3,7 @@
 #include "basepool/cbexception.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <optional>
 #include <unordered_map>
@@ -177,6 +178,20 @@ std::vector<ZqHoleRims::Loop> ZqHoleRims::FindAll(const ZqTriangulationBase& tri
             keepLoops(loops, walk);
     }
     return loops;
+}
+
+void ZqHoleRims::CheckFinite(const ZqTriangulationBase& triangulation, const std::vector<Loop>& loops,
+                             const char* function)
+{
+    const auto positions = triangulation.GetPositions();
+    for (const Loop& loop : loops)
+        for (unsigned int vertex : loop)
+        {
+            const CbVector3f& p = positions[vertex];
+            if (!std::isfinite(p.x) || !std::isfinite(p.y) || !std::isfinite(p.z))
+                CB_THROW(CbExceptionPreconditionViolation, function,
+                         "a rim vertex has a coordinate that is not finite");
+        }
 }
 
 std::vector<ZqHoleRims::Loop> ZqHoleRims::SplitAtRepeatedVertices(const Loop& walk)

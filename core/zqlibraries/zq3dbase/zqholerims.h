@@ -38,6 +38,11 @@ public:
     // not close into a walk (a surface whose orientation flips along its border) are left out.
     static std::vector<Loop> FindAll(const ZqTriangulationBase& triangulation);
 
+    // Throws CbExceptionPreconditionViolation naming function when a vertex of the loops has a
+    // coordinate that is not finite.
+    static void CheckFinite(const ZqTriangulationBase& triangulation, const std::vector<Loop>& loops,
+                            const char* function);
+
     // Splits a closed walk at its repeated vertices into simple loops, the first to close first.
     static std::vector<Loop> SplitAtRepeatedVertices(const Loop& walk);
 };
