@@ -54,7 +54,7 @@ private:
 
 CB_IMPLEMENT_RTTI(CbListSort_UnitTest, ZqUnitTest::RTTI);
 
-const ZqSubtestRow<CbListSort_UnitTest> CbListSort_UnitTest::s_subtests[] = {
+const ZqSubtestRowOf<CbListSort_UnitTest> CbListSort_UnitTest::s_subtests[] = {
     {"Sortieren von verketteten Listen (kurze Listen, Stabilität)", &CbListSort_UnitTest::runShortLists},
     {"Sortieren von verketteten Listen (lange Listen)", &CbListSort_UnitTest::runLongLists},
     {"Zeitmessung, Vergleich zu Bubble-Sort", &CbListSort_UnitTest::runTimingAgainstBubbleSort},

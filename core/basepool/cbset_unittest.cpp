@@ -112,7 +112,7 @@ private:
 
 CB_IMPLEMENT_RTTI(CbSet_UnitTest, ZqUnitTest::RTTI, ZqBenchmark::RTTI);
 
-const ZqSubtestRow<CbSet_UnitTest> CbSet_UnitTest::s_subtests[] = {
+const ZqSubtestRowOf<CbSet_UnitTest> CbSet_UnitTest::s_subtests[] = {
     {"Unit-Test", &CbSet_UnitTest::runOperations},
     {"Benchmark", [](CbSet_UnitTest& test) { return test.RunBenchmark() ? ePassed : eFailed; }},
     {"Intersection, &=, ==", &CbSet_UnitTest::runIntersectionInPlace},

@@ -91,7 +91,7 @@ bool samePieces(const std::vector<CbStringT<CharT>>& actual, std::initializer_li
 
 namespace
 {
-const ZqSubtestRow<> s_rows[] = {
+const ZqSubtestRow s_rows[] = {
     {"Compare / operator ==",
      []
      {

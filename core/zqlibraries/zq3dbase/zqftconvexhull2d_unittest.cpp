@@ -41,7 +41,7 @@ private:
 
 CB_IMPLEMENT_RTTI(ZqFtConvexHull2D_UnitTest, ZqUnitTest::RTTI);
 
-const ZqSubtestRow<ZqFtConvexHull2D_UnitTest> ZqFtConvexHull2D_UnitTest::s_subtests[] = {
+const ZqSubtestRowOf<ZqFtConvexHull2D_UnitTest> ZqFtConvexHull2D_UnitTest::s_subtests[] = {
     {"Konvexe Hülle, Test auf Bug mit Umlaufsinn",
      &ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestBugDetection0},
     {"Konvexe Hülle, Test auf Bug im Kollinearitäts-Test",

@@ -127,7 +127,7 @@ private:
 
 CB_IMPLEMENT_RTTI(ZqMpFitLine2D_UnitTest, ZqUnitTest::RTTI);
 
-const ZqSubtestRow<ZqMpFitLine2D_UnitTest> ZqMpFitLine2D_UnitTest::s_subtests[] = {
+const ZqSubtestRowOf<ZqMpFitLine2D_UnitTest> ZqMpFitLine2D_UnitTest::s_subtests[] = {
     {"Unit-Test", &ZqMpFitLine2D_UnitTest::runFitUnitTest},
     {"Benchmark", &ZqMpFitLine2D_UnitTest::runFitBenchmark},
 };

@@ -90,7 +90,7 @@ private:
 
 CB_IMPLEMENT_RTTI(ZqMpPointsToPrincipalComponents_UnitTest, ZqUnitTest::RTTI);
 
-const ZqSubtestRow<ZqMpPointsToPrincipalComponents_UnitTest>
+const ZqSubtestRowOf<ZqMpPointsToPrincipalComponents_UnitTest>
     ZqMpPointsToPrincipalComponents_UnitTest::s_subtests[] = {
         {"Ellipsoidförmige Punktwolke", &ZqMpPointsToPrincipalComponents_UnitTest::runEllipsoidCloud},
         {"Punkte auf einer Geraden", &ZqMpPointsToPrincipalComponents_UnitTest::runPointsOnLine},

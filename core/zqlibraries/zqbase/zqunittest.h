@@ -116,7 +116,7 @@ private:
 //     };
 //     CB_IMPLEMENT_RTTI(CbFoo_UnitTest, ZqUnitTest::RTTI);
 //
-//     const ZqSubtestRow<CbFoo_UnitTest> CbFoo_UnitTest::s_subtests[] = {
+//     const ZqSubtestRowOf<CbFoo_UnitTest> CbFoo_UnitTest::s_subtests[] = {
 //         {"Kleine Eingaben", &CbFoo_UnitTest::runSmall},
 //         {"Zufällige Eingaben", [](CbFoo_UnitTest& test) { return test.runRandomized(false); }},
 //     };
@@ -124,19 +124,21 @@ private:
 //
 // An index past the table throws CbException from the class's own file, naming the hook
 // ("CbFoo_UnitTest::getSubtestName", "CbFoo_UnitTest::runUnitTest"). Names are UTF-8. Rows that need no
-// test object (free functions reporting through ZqFail) use ZqSubtestRow<>, whose function takes no
+// test object (free functions reporting through ZqFail) are ZqSubtestRow, whose function takes no
 // argument.
-template <class Test = void> struct ZqSubtestRow
+template <class Test = void> struct ZqSubtestRowOf
 {
     const char* name;
     std::function<ZqUnitTest::EResult(Test&)> function;
 };
 
-template <> struct ZqSubtestRow<void>
+template <> struct ZqSubtestRowOf<void>
 {
     const char* name;
     std::function<ZqUnitTest::EResult()> function;
 };
+
+using ZqSubtestRow = ZqSubtestRowOf<void>;
 
 // Writes text as an error under the test whose subtest runs on this thread, if any, and returns
 // eFailed; for table rows and helpers.
@@ -157,7 +159,7 @@ protected:                                                                      
     EResult runUnitTest(unsigned int index) override;                                                        \
                                                                                                              \
 private:                                                                                                     \
-    static const ZqSubtestRow<Class> s_subtests[];
+    static const ZqSubtestRowOf<Class> s_subtests[];
 
 // After the definition of Class::s_subtests: defines the three hooks over it.
 #define ZQ_IMPLEMENT_SUBTEST_TABLE(Class)                                                                    \

@@ -24,7 +24,7 @@ private:
 
 CB_IMPLEMENT_RTTI(ZqPowell_UnitTest, ZqUnitTest::RTTI);
 
-const ZqSubtestRow<ZqPowell_UnitTest> ZqPowell_UnitTest::s_subtests[] = {
+const ZqSubtestRowOf<ZqPowell_UnitTest> ZqPowell_UnitTest::s_subtests[] = {
     {"Standard-Test",
      [](ZqPowell_UnitTest& test) { return test.runPowell(Powell::eBM_Parabolic, false, 0.0f); }},
     // y <= 0 keeps the minimum out of reach: only a bounded descent is asked for.
