@@ -132,6 +132,7 @@ TEST(TriangulationStream, DamagedBytesAreRefusedWithAReasonAndTheTargetKept)
         {"attributes do not fit", [](auto& b) { patch<std::uint32_t>(b, 184, 1000); }},
         {"of domain 3", [](auto& b) { patch<std::uint32_t>(b, 184 + 4 + 4 + 9, 3); }},
         {"of type 5", [](auto& b) { patch<std::uint32_t>(b, 184 + 4 + 4 + 9 + 4, 5); }},
+        {"not UTF-8 text", [](auto& b) { b[193] = 0xFF; }},
         // The second name ("Farbe ä", 8 bytes at 261) becomes "curvature", running into its domain.
         {"attribute \"curvature\" twice",
          [](auto& b)

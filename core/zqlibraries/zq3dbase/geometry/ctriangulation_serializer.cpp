@@ -54,13 +54,17 @@ void readGeometry(CbStreamReadBinary& stream, CTriangulation& triangulation)
 
 void readAttribute(CbStreamReadBinary& stream, CTriangulation& triangulation)
 {
-    CString name;
+    CStringA bytes;
     std::uint32_t domain = 0;
     std::uint32_t type = 0;
-    stream >> name >> domain >> type;
+    stream >> bytes >> domain >> type;
+    const CString name(bytes);
     const std::string text = CbWideToUtf8(name.Std());
     if (name.IsEmpty())
         refuse("attribute without a name");
+    // A name must write back to the bytes it was read from.
+    if (text != bytes.Std() || text.find('\0') != std::string::npos)
+        refuse("attribute name that is not UTF-8 text");
     if (triangulation.HasAttribute(name))
         refuse("attribute \"" + text + "\" twice");
     if (domain != eEK_Vertices && domain != eEK_Triangles)

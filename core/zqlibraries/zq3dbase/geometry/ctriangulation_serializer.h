@@ -23,8 +23,8 @@ namespace Geometry
 // so a failed write leaves no half file.
 //
 // Reading takes untrusted bytes: a wrong magic, an unknown version, counts that do not fit into
-// the bytes left, a corner index past V, a position that is not finite, an attribute with an empty,
-// repeated or clashing name, an unknown domain or type, and truncation anywhere throw
+// the bytes left, a corner index past V, a position that is not finite, an attribute with an empty or
+// repeated name or one that is not UTF-8 text, an unknown domain or type, and truncation anywhere throw
 // CbExceptionWrongFileVersion with the reason as detail; the target triangulation is then left as
 // it was. Attributes read have their serialize switch on.
 ZQ3DBASE_API CbStreamWriteBinary& operator<<(CbStreamWriteBinary& stream,
