@@ -8,6 +8,7 @@
 #include "zq3dbase/geometry/ctriangulation_serializer.h"
 #include "zq3dbase/zqmpcomparetriangulations.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -47,19 +48,36 @@ CTriangulation sentinel()
 
 void checkRings(const CTriangulation& t)
 {
+    // Incidences counted from the corners, independently of the relation.
+    std::vector<unsigned int> incidences(t.GetVertexCount(), 0);
+    for (const CTriangulation::SCorners& c : t.GetTriangles())
+    {
+        ++incidences[c[0]];
+        incidences[c[1]] += c[1] != c[0];
+        incidences[c[2]] += c[2] != c[0] && c[2] != c[1];
+    }
     CIteratorOneRingVertices vertices(t);
     CIteratorOneRingTriangles triangles(t);
+    std::vector<unsigned int> seen;
     for (unsigned int v = 0; v < t.GetVertexCount(); ++v)
     {
         vertices.SetCentre(CVertexRef(v));
         triangles.SetCentre(CVertexRef(v));
-        if (triangles.GetCount() != t.GetVertexTriangleRelation().GetTriangleCount(v))
-            fail("the triangle ring misses or repeats a triangle");
-        if (vertices.GetCount() != triangles.GetCount() + triangles.GetOpenFanCount())
-            fail("the vertex ring does not match its fans");
+        seen.clear();
         for (; !triangles.IsEnd(); triangles.Next())
+        {
             if (t.GetCorners(triangles.Get())[triangles.GetCorner()] != v)
                 fail("a ring triangle does not hold the centre at its corner");
+            seen.push_back(triangles.GetIndex());
+        }
+        std::sort(seen.begin(), seen.end());
+        if (seen.size() != incidences[v] || std::adjacent_find(seen.begin(), seen.end()) != seen.end())
+            fail("the triangle ring misses or repeats a triangle");
+        unsigned int steps = 0;
+        for (; !vertices.IsEnd(); vertices.Next())
+            ++steps;
+        if (steps != triangles.GetCount() + triangles.GetOpenFanCount())
+            fail("the vertex ring does not match its fans");
     }
 }
 } // namespace

@@ -167,25 +167,28 @@ TEST(CTriangulation, EdgesAreNumberedByTheirVerticesAndSharedBetweenSides)
     EXPECT_EQ(t.GetEdges().GetEdge(8, 0), t.GetEdges().GetEdge(0, 1));
 }
 
-TEST(CVertexTriangleRelation, ListsEachTriangleOnceAscendingAndKeepsTheOldRelationOnBadInput)
+TEST(CVertexTriangleRelation, ListsEachTriangleOnceInFansAndKeepsTheOldRelationOnBadInput)
 {
+    // Vertex 0: triangle 0 ends at vertex 2, where triangle 2 begins: one open fan. Vertex 3: the
+    // degenerate triangles 1 and 3 are listed once and continue nothing, not even themselves.
     const std::vector<std::array<unsigned int, 3>> triangles = {{2, 0, 1}, {1, 1, 3}, {0, 2, 3}, {3, 3, 3}};
     CVertexTriangleRelation relation;
     relation.Build(5, triangles);
-    auto list = [&](unsigned int v)
+    auto entries = [&](unsigned int v)
     {
-        const auto span = relation.GetTriangles(v);
+        const auto span = relation.GetEntries(v);
         return std::vector<unsigned int>(span.begin(), span.end());
     };
-    EXPECT_EQ(list(0), (std::vector<unsigned int>{0, 2}));
-    EXPECT_EQ(list(1), (std::vector<unsigned int>{0, 1}));
-    EXPECT_EQ(list(3), (std::vector<unsigned int>{1, 2, 3}));
-    EXPECT_EQ(list(4), (std::vector<unsigned int>{}));
+    const unsigned int start = CVertexTriangleRelation::kFanStart;
+    const unsigned int end = CVertexTriangleRelation::kOpenFanEnd;
+    EXPECT_EQ(entries(0), (std::vector<unsigned int>{0 | start, 2 | end}));
+    EXPECT_EQ(entries(3), (std::vector<unsigned int>{1 | start | end, 2 | start | end, 3 | start | end}));
+    EXPECT_EQ(entries(4), (std::vector<unsigned int>{}));
 
     const std::vector<std::array<unsigned int, 3>> bad = {{0, 1, 5}};
     EXPECT_EQ(thrown([&] { relation.Build(5, bad); }), "Geometry::CVertexTriangleRelation::Build");
     EXPECT_EQ(relation.GetVertexCount(), 5u);
-    EXPECT_EQ(list(3), (std::vector<unsigned int>{1, 2, 3}));
+    EXPECT_EQ(relation.GetTriangle(3, 2), 3u);
 }
 
 TEST(CTriangulation, TheRelationFollowsEditsOfTheTriangles)

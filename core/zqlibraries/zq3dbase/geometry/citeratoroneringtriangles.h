@@ -3,7 +3,7 @@
 #include "zq3dbase/geometry/ctriangulation.h"
 #include "zq3dbase/zq3dbase_export.h"
 
-#include <vector>
+#include <span>
 
 namespace Geometry
 {
@@ -15,7 +15,8 @@ namespace Geometry
 // (no triangle continues across it) and closed when it comes back to its first triangle. An inner
 // vertex of a manifold surface has one closed fan, a border vertex one open fan. At a
 // non-manifold vertex (two cones touching at their tips, three triangles on one side, neighbours
-// of opposite orientation) there are several; the walk visits every triangle once:
+// of opposite orientation) there are several; the walk visits every triangle once, in the fan
+// order of CVertexTriangleRelation:
 // - fans in the order of their lowest triangle index;
 // - an open fan from its first triangle (the one no triangle precedes) to its last;
 // - a closed fan from its lowest triangle index;
@@ -29,25 +30,37 @@ namespace Geometry
 //     for (; !ring.IsEnd(); ring.Next())
 //         use(ring.Get(), ring.GetCorner());
 //
-// Reuse one iterator for many centres (SetCentre): it then allocates nothing in steady state. The
-// triangulation must outlive the iterator; changing its triangles invalidates the ring.
+// The fans are sorted once when the triangulation builds its relation, so setting a centre and
+// stepping only read it. The triangulation must outlive the iterator; changing its triangles
+// invalidates the ring.
 //
 // Throws: getCornerIndex of a triangle without the centre among its corners throws CbException
 // naming "Geometry::CIteratorOneRingTriangles::getCornerIndex".
 class ZQ3DBASE_API CIteratorOneRingTriangles
 {
 public:
-    explicit CIteratorOneRingTriangles(const CTriangulation& triangulation);
-    CIteratorOneRingTriangles(const CTriangulation& triangulation, CVertexRef centre);
+    explicit CIteratorOneRingTriangles(const CTriangulation& triangulation) : m_triangulation(&triangulation)
+    {
+    }
+    CIteratorOneRingTriangles(const CTriangulation& triangulation, CVertexRef centre)
+        : m_triangulation(&triangulation)
+    {
+        SetCentre(centre);
+    }
 
-    // Gathers the ring of centre (building the triangulation's vertex-triangle relation when it is
+    // Takes the ring of centre (building the triangulation's vertex-triangle relation when it is
     // not there) and goes to its first triangle.
-    void SetCentre(CVertexRef centre);
+    void SetCentre(CVertexRef centre)
+    {
+        m_centre = centre;
+        m_entries = m_triangulation->GetVertexTriangleRelation().GetEntries(centre.GetIndex());
+        m_position = 0;
+    }
     CVertexRef GetCentre() const { return m_centre; }
     // Back to the first triangle.
     void Reset() { m_position = 0; }
 
-    bool IsEnd() const { return m_position >= m_steps.size(); }
+    bool IsEnd() const { return m_position >= m_entries.size(); }
     void Next() { ++m_position; }
     CIteratorOneRingTriangles& operator++()
     {
@@ -55,62 +68,42 @@ public:
         return *this;
     }
 
-    // The triangle reached and the corner (0, 1, 2) at which it holds the centre; not at the end.
-    CTriangleRef Get() const { return CTriangleRef(m_steps[m_position].triangle); }
-    unsigned int GetIndex() const { return m_steps[m_position].triangle; }
-    unsigned int GetCorner() const { return m_steps[m_position].corner; }
+    // The triangle reached; not at the end.
+    CTriangleRef Get() const { return CTriangleRef(GetIndex()); }
+    unsigned int GetIndex() const { return m_entries[m_position] & CVertexTriangleRelation::kTriangleMask; }
+    // The corner (0, 1, 2) at which the triangle reached holds the centre.
+    unsigned int GetCorner() const { return getCornerIndex(Get()); }
     // The triangle reached is the last of an open fan.
-    bool IsBorder() const { return m_steps[m_position].border; }
+    bool IsBorder() const { return (m_entries[m_position] & CVertexTriangleRelation::kOpenFanEnd) != 0; }
     // The triangle reached is the first of its fan.
-    bool IsFanStart() const { return m_steps[m_position].fanStart; }
+    bool IsFanStart() const { return (m_entries[m_position] & CVertexTriangleRelation::kFanStart) != 0; }
 
     // Triangles and fans of the ring.
-    unsigned int GetCount() const { return static_cast<unsigned int>(m_steps.size()); }
-    unsigned int GetFanCount() const { return m_fanCount; }
-    unsigned int GetOpenFanCount() const { return m_openFanCount; }
+    unsigned int GetCount() const { return static_cast<unsigned int>(m_entries.size()); }
+    unsigned int GetFanCount() const { return countFlag(CVertexTriangleRelation::kFanStart); }
+    unsigned int GetOpenFanCount() const { return countFlag(CVertexTriangleRelation::kOpenFanEnd); }
     // One closed fan: the centre is an inner vertex of a manifold neighbourhood.
-    bool IsClosed() const { return m_fanCount == 1 && m_openFanCount == 0; }
+    bool IsClosed() const { return GetFanCount() == 1 && GetOpenFanCount() == 0; }
 
     // The corner (0, 1 or 2) of triangle whose vertex is the centre, testing corner 0, 1, then 2.
-    unsigned int getCornerIndex(CTriangleRef triangle) const;
+    unsigned int getCornerIndex(CTriangleRef triangle) const
+    {
+        const unsigned int corner =
+            CTriangulation::FindCorner(m_triangulation->GetCorners(triangle), m_centre.GetIndex());
+        if (corner == 3)
+            throwNoCentre(triangle);
+        return corner;
+    }
 
     const CTriangulation& GetTriangulation() const { return *m_triangulation; }
 
 private:
-    struct SStep
-    {
-        unsigned int triangle;
-        unsigned char corner;
-        bool fanStart;
-        bool border;
-    };
-    // A triangle of the ring before ordering: its corner vertices after and before the centre and
-    // the triangles linked before and after it (kNone when there is none).
-    struct SLink
-    {
-        unsigned int triangle;
-        unsigned int after;
-        unsigned int before;
-        unsigned int next;
-        unsigned int previous;
-        unsigned char corner;
-    };
-    static constexpr unsigned int kNone = ~0u;
-    // Marks a link whose triangle is in the walk already (in place of its corner).
-    static constexpr unsigned char kVisited = 0xFF;
-
-    void gatherLinks();
-    void linkFans();
-    void appendFan(unsigned int start, bool open);
+    [[noreturn]] void throwNoCentre(CTriangleRef triangle) const;
+    unsigned int countFlag(unsigned int flag) const;
 
     const CTriangulation* m_triangulation;
     CVertexRef m_centre;
-    std::vector<SStep> m_steps;
+    std::span<const unsigned int> m_entries;
     std::size_t m_position = 0;
-    unsigned int m_fanCount = 0;
-    unsigned int m_openFanCount = 0;
-    // Scratch of SetCentre, kept for its capacity.
-    std::vector<SLink> m_links;
-    std::vector<unsigned int> m_byAfter;
 };
 } // namespace Geometry

@@ -3,8 +3,6 @@
 #include "zq3dbase/geometry/citeratoroneringtriangles.h"
 #include "zq3dbase/zq3dbase_export.h"
 
-#include <vector>
-
 namespace Geometry
 {
 // Walks the vertices around a centre vertex in the order of CIteratorOneRingTriangles: for each
@@ -23,15 +21,39 @@ namespace Geometry
 class ZQ3DBASE_API CIteratorOneRingVertices
 {
 public:
-    explicit CIteratorOneRingVertices(const CTriangulation& triangulation);
-    CIteratorOneRingVertices(const CTriangulation& triangulation, CVertexRef centre);
+    explicit CIteratorOneRingVertices(const CTriangulation& triangulation) : m_triangles(triangulation) {}
+    CIteratorOneRingVertices(const CTriangulation& triangulation, CVertexRef centre)
+        : m_triangles(triangulation)
+    {
+        SetCentre(centre);
+    }
 
-    void SetCentre(CVertexRef centre);
+    void SetCentre(CVertexRef centre)
+    {
+        m_triangles.SetCentre(centre);
+        m_closing = false;
+        update();
+    }
     CVertexRef GetCentre() const { return m_triangles.GetCentre(); }
-    void Reset() { m_position = 0; }
+    void Reset()
+    {
+        m_triangles.Reset();
+        m_closing = false;
+        update();
+    }
 
-    bool IsEnd() const { return m_position >= m_steps.size(); }
-    void Next() { ++m_position; }
+    bool IsEnd() const { return m_triangles.IsEnd(); }
+    void Next()
+    {
+        if (!m_closing && m_triangles.IsBorder())
+            m_closing = true;
+        else
+        {
+            m_closing = false;
+            m_triangles.Next();
+        }
+        update();
+    }
     CIteratorOneRingVertices& operator++()
     {
         Next();
@@ -39,32 +61,43 @@ public:
     }
 
     // The vertex reached; not at the end.
-    CVertexRef Get() const { return CVertexRef(m_steps[m_position].vertex); }
-    unsigned int GetIndex() const { return m_steps[m_position].vertex; }
+    CVertexRef Get() const { return CVertexRef(m_vertex); }
+    unsigned int GetIndex() const { return m_vertex; }
     // The triangle whose side from the centre leads to the vertex reached (for the closing vertex
     // of an open fan, the side from that vertex to the centre).
-    CTriangleRef GetTriangle() const { return CTriangleRef(m_steps[m_position].triangle); }
-    bool IsBorder() const { return m_steps[m_position].border; }
-    bool IsFanStart() const { return m_steps[m_position].fanStart; }
+    CTriangleRef GetTriangle() const { return m_triangles.Get(); }
+    bool IsBorder() const { return m_closing; }
+    bool IsFanStart() const { return !m_closing && m_triangles.IsFanStart(); }
 
-    unsigned int GetCount() const { return static_cast<unsigned int>(m_steps.size()); }
+    unsigned int GetCount() const { return m_triangles.GetCount() + m_triangles.GetOpenFanCount(); }
     unsigned int GetFanCount() const { return m_triangles.GetFanCount(); }
     bool IsClosed() const { return m_triangles.IsClosed(); }
 
     // The corner (0, 1 or 2) of triangle whose vertex is the centre, testing corner 0, 1, then 2.
-    unsigned int getCornerIndex(CTriangleRef triangle) const;
+    unsigned int getCornerIndex(CTriangleRef triangle) const
+    {
+        const unsigned int corner = CTriangulation::FindCorner(
+            m_triangles.GetTriangulation().GetCorners(triangle), GetCentre().GetIndex());
+        if (corner == 3)
+            throwNoCentre(triangle);
+        return corner;
+    }
 
 private:
-    struct SStep
+    [[noreturn]] void throwNoCentre(CTriangleRef triangle) const;
+    // Reads the vertex of the step reached.
+    void update()
     {
-        unsigned int vertex;
-        unsigned int triangle;
-        bool fanStart;
-        bool border;
-    };
+        if (IsEnd())
+            return;
+        const CTriangleRef triangle = m_triangles.Get();
+        const CTriangulation::SCorners& corners = m_triangles.GetTriangulation().GetCorners(triangle);
+        m_vertex = corners[(getCornerIndex(triangle) + (m_closing ? 2 : 1)) % 3];
+    }
 
     CIteratorOneRingTriangles m_triangles;
-    std::vector<SStep> m_steps;
-    std::size_t m_position = 0;
+    // At the closing vertex of an open fan (the last triangle's corner before the centre).
+    bool m_closing = false;
+    unsigned int m_vertex = 0;
 };
 } // namespace Geometry

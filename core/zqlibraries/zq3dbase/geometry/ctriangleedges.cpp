@@ -25,8 +25,9 @@ void CTriangleEdges::Build(std::span<const std::array<unsigned int, 3>> triangle
     for (unsigned int v = 0; v < relation.GetVertexCount(); ++v)
     {
         sides.clear();
-        for (const unsigned int t : relation.GetTriangles(v))
+        for (const unsigned int entry : relation.GetEntries(v))
         {
+            const unsigned int t = entry & CVertexTriangleRelation::kTriangleMask;
             const std::array<unsigned int, 3>& corners = triangles[t];
             for (unsigned int k = 0; k < 3; ++k)
             {
