@@ -19,6 +19,10 @@ const wchar_t* typeName(EAttributeType type)
         return L"double";
     case eAT_Vector3f:
         return L"CbVector3f";
+    case eAT_Vector2f:
+        return L"CbVector2f";
+    case eAT_UnsignedInt:
+        return L"unsigned int";
     default:
         return L"ZqColorRGBA";
     }
@@ -29,7 +33,7 @@ const wchar_t* domainName(EElementKind domain)
     return domain == eEK_Vertices ? L"Eckpunkt" : L"Dreieck";
 }
 
-// "(x)" or "(x, y, z)" or "(r, g, b, a)".
+// "(x)", "(x, y)", "(x, y, z)" or "(r, g, b, a)".
 CString formatValue(const void* value, EAttributeType type)
 {
     if (type == eAT_Double)
@@ -37,6 +41,12 @@ CString formatValue(const void* value, EAttributeType type)
         double d = 0;
         std::memcpy(&d, value, sizeof(d));
         return CbFormat(L"(%.17g)", d);
+    }
+    if (type == eAT_UnsignedInt)
+    {
+        unsigned int u = 0;
+        std::memcpy(&u, value, sizeof(u));
+        return CbFormat(L"(%u)", u);
     }
     const unsigned int components = AttributeTypeSize(type) / sizeof(float);
     CString text = L"(";
@@ -115,6 +125,9 @@ bool ZqMpCompareTriangulations::sameValue(double a, double b) const
 
 bool ZqMpCompareTriangulations::sameElement(const void* a, const void* b, EAttributeType type) const
 {
+    // Numbers and flags compare exactly; the tolerance is for coordinates.
+    if (type == eAT_UnsignedInt)
+        return std::memcmp(a, b, sizeof(unsigned int)) == 0;
     if (type == eAT_Double)
     {
         double x = 0;

@@ -1,4 +1,4 @@
-// Typed handles of the four attribute types on both domains, their refusal of names that have no
+// Typed handles of the six attribute types on both domains, their refusal of names that have no
 // attribute of their domain and type, and the raw and flag stores with their SetAccurate kinds.
 
 #include "geometryfixtures.h"
@@ -38,11 +38,21 @@ template <> struct SSample<ZqColorRGBA>
     }
     static constexpr const char* text = "class ZqColorRGBA";
 };
+template <> struct SSample<CbVector2f>
+{
+    static CbVector2f Get(unsigned int i) { return {float(i), 0.5f}; }
+    static constexpr const char* text = "class CbVector2f";
+};
+template <> struct SSample<unsigned int>
+{
+    static unsigned int Get(unsigned int i) { return 0x80000000u | i; }
+    static constexpr const char* text = "unsigned int";
+};
 
 template <class T> class AttributeHandle : public ::testing::Test
 {
 };
-using AttributeTypes = ::testing::Types<float, double, CbVector3f, ZqColorRGBA>;
+using AttributeTypes = ::testing::Types<float, double, CbVector3f, ZqColorRGBA, CbVector2f, unsigned int>;
 TYPED_TEST_SUITE(AttributeHandle, AttributeTypes);
 } // namespace
 
@@ -78,11 +88,11 @@ TYPED_TEST(AttributeHandle, AMissingNameOrAnotherTypeOrDomainThrowsNamingTheHand
     using T = TypeParam;
     CTriangulation t = GeometryFixtures::Grid(2);
     t.AddAttribute<CTriangleRef, T>(L"onTriangles");
-    // Another type of the same size would read the bytes wrongly: float and int, say.
-    if constexpr (std::is_same_v<T, float>)
+    // Another type of the same size would read the bytes wrongly: float and unsigned int, say.
+    if constexpr (std::is_same_v<T, unsigned int>)
         t.AddAttribute<CVertexRef, double>(L"other");
     else
-        t.AddAttribute<CVertexRef, float>(L"other");
+        t.AddAttribute<CVertexRef, unsigned int>(L"other");
     const std::string expected = std::string("Geometry::CAttributeHandle<class Geometry::CVertexRef,") +
                                  SSample<T>::text + ">::CAttributeHandle";
     for (const wchar_t* name : {L"missing", L"onTriangles", L"other"})

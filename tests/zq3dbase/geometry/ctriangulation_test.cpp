@@ -28,9 +28,14 @@ TEST(CTriangulation, CornersPastTheVerticesAreRefusedAndLeaveItUnchanged)
     EXPECT_EQ(t.GetVertexCount(), 9u);
     EXPECT_EQ(t.GetTriangleCount(), 8u);
     EXPECT_EQ(t.GetCorners(CTriangleRef(0)), (CTriangulation::SCorners{0, 1, 4}));
-
-    CTriangulation empty;
-    EXPECT_EQ(thrown([&] { empty.SetTriangleCount(1); }), "Geometry::CTriangulation::SetTriangleCount");
+    // A vertex twice in one triangle.
+    EXPECT_EQ(thrown([&] { t.AddTriangle(3, 5, 3); }), "Geometry::CTriangulation::AddTriangle");
+    EXPECT_EQ(thrown(
+                  [&] {
+                      t.SetCorners(CTriangleRef(1), {2, 2, 0});
+                  }),
+              "Geometry::CTriangulation::SetCorners");
+    EXPECT_EQ(t.GetTriangleCount(), 8u);
 }
 
 TEST(CTriangulation, AttributeValuesFollowTheCountsWithZeroForNewElements)
@@ -167,31 +172,7 @@ TEST(CTriangulation, EdgesAreNumberedByTheirVerticesAndSharedBetweenSides)
     EXPECT_EQ(t.GetEdges().GetEdge(8, 0), t.GetEdges().GetEdge(0, 1));
 }
 
-TEST(CVertexTriangleRelation, ListsEachTriangleOnceInFansAndKeepsTheOldRelationOnBadInput)
-{
-    // Vertex 0: triangle 0 ends at vertex 2, where triangle 2 begins: one open fan. Vertex 3: the
-    // degenerate triangles 1 and 3 are listed once and continue nothing, not even themselves.
-    const std::vector<std::array<unsigned int, 3>> triangles = {{2, 0, 1}, {1, 1, 3}, {0, 2, 3}, {3, 3, 3}};
-    CVertexTriangleRelation relation;
-    relation.Build(5, triangles);
-    auto entries = [&](unsigned int v)
-    {
-        const auto span = relation.GetEntries(v);
-        return std::vector<unsigned int>(span.begin(), span.end());
-    };
-    const unsigned int start = CVertexTriangleRelation::kFanStart;
-    const unsigned int end = CVertexTriangleRelation::kOpenFanEnd;
-    EXPECT_EQ(entries(0), (std::vector<unsigned int>{0 | start, 2 | end}));
-    EXPECT_EQ(entries(3), (std::vector<unsigned int>{1 | start | end, 2 | start | end, 3 | start | end}));
-    EXPECT_EQ(entries(4), (std::vector<unsigned int>{}));
-
-    const std::vector<std::array<unsigned int, 3>> bad = {{0, 1, 5}};
-    EXPECT_EQ(thrown([&] { relation.Build(5, bad); }), "Geometry::CVertexTriangleRelation::Build");
-    EXPECT_EQ(relation.GetVertexCount(), 5u);
-    EXPECT_EQ(relation.GetTriangle(3, 2), 3u);
-}
-
-TEST(CTriangulation, TheRelationFollowsEditsOfTheTriangles)
+TEST(CTriangulation, TheRelationFollowsEditsOfTheTrianglesAndChecksThem)
 {
     CTriangulation t = GeometryFixtures::Grid(2);
     EXPECT_EQ(t.GetVertexTriangleRelation().GetTriangleCount(3), 2u);
@@ -199,4 +180,13 @@ TEST(CTriangulation, TheRelationFollowsEditsOfTheTriangles)
     EXPECT_EQ(t.GetVertexTriangleRelation().GetTriangleCount(3), 1u);
     t.AddVertex({});
     EXPECT_EQ(t.GetVertexTriangleRelation().GetVertexCount(), 5u);
+
+    // Placeholders of new triangles and bulk edits are checked before the relation trusts them.
+    t.SetTriangleCount(3);
+    EXPECT_EQ(thrown([&] { t.GetVertexTriangleRelation(); }),
+              "Geometry::CTriangulation::GetVertexTriangleRelation");
+    t.EditTriangles()[2] = {4, 1, 7};
+    EXPECT_EQ(thrown([&] { t.GetEdgeCount(); }), "Geometry::CTriangulation::GetVertexTriangleRelation");
+    t.EditTriangles()[2] = {4, 1, 3};
+    EXPECT_EQ(t.GetVertexTriangleRelation().GetTriangleCount(4), 1u);
 }

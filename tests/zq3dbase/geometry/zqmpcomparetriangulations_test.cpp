@@ -25,11 +25,14 @@ CTriangulation fixture()
     return t;
 }
 
-// Compares a with a copy changed by change; returns the messages, "equal" when there were none.
-std::string differences(const std::function<void(CTriangulation&)>& change, unsigned int flags = 3,
-                        float tolerance = 0.0f)
+// Compares the fixture, prepared by prepare, with a copy changed by change; returns the messages,
+// "equal" when there were none.
+std::string differencesFrom(const std::function<void(CTriangulation&)>& prepare,
+                            const std::function<void(CTriangulation&)>& change, unsigned int flags = 3,
+                            float tolerance = 0.0f)
 {
-    const CTriangulation a = fixture();
+    CTriangulation a = fixture();
+    prepare(a);
     CTriangulation b = a;
     change(b);
     ZqMpCompareTriangulations compare;
@@ -45,6 +48,12 @@ std::string differences(const std::function<void(CTriangulation&)>& change, unsi
     }
     EXPECT_EQ(compare.GetOutput(), text.empty());
     return text.empty() ? "equal" : text;
+}
+
+std::string differences(const std::function<void(CTriangulation&)>& change, unsigned int flags = 3,
+                        float tolerance = 0.0f)
+{
+    return differencesFrom([](CTriangulation&) {}, change, flags, tolerance);
 }
 } // namespace
 
@@ -105,6 +114,21 @@ TEST(ZqMpCompareTriangulations, AttributesThatDifferAndTheFlagsThatSelectThem)
                       t.AddAttribute<CTriangleRef, float>(L"weight", true);
                   }),
               "Attribut \"weight\": Eckpunkt-Attribut vom Typ float und Dreieck-Attribut vom Typ float\n");
+    // Numbers compare exactly, whatever the tolerance for coordinates.
+    EXPECT_EQ(differences(
+                  [](CTriangulation& t)
+                  {
+                      t.AddAttribute<CTriangleRef, unsigned int>(L"material");
+                      CAttributeHandle<CTriangleRef, unsigned int>(t, L"material")[CTriangleRef(1)] = 1;
+                  },
+                  1, 10.0f),
+              "Attribut \"material\" fehlt in der ersten Triangulation\n");
+    auto material = [](CTriangulation& t)
+    { CAttributeHandle<CTriangleRef, unsigned int>(t, L"material")[CTriangleRef(1)] = 4; };
+    EXPECT_EQ(
+        differencesFrom([](CTriangulation& t) { t.AddAttribute<CTriangleRef, unsigned int>(L"material"); },
+                        material, 1, 10.0f),
+        "Attribut \"material\": Wert von Dreieck 1 verschieden: (0) und (4); 1 von 8 Werten verschieden\n");
     auto switchOff = [](CTriangulation& t) { t.SetSerialize(L"weight", false); };
     EXPECT_EQ(differences(switchOff), "Attribut \"weight\": Serialisierung ein und aus\n");
     EXPECT_EQ(differences(switchOff, ZqMpCompareTriangulations::eF_Attributes), "equal");

@@ -9,9 +9,9 @@
 namespace Geometry
 {
 // Typed access to a named attribute of a CTriangulation: one value of type T (float, double,
-// CbVector3f, ZqColorRGBA) per element of TRef's domain (CVertexRef: vertices, CTriangleRef:
-// triangles). A handle is a pointer to the attribute's store; it stays valid while the attribute
-// exists, also when the triangulation grows or is moved, and is cheap to copy.
+// CbVector3f, ZqColorRGBA, CbVector2f, unsigned int) per element of TRef's domain (CVertexRef:
+// vertices, CTriangleRef: triangles). A handle is a pointer to the attribute's store; it stays valid while
+// the attribute exists, also when the triangulation grows or is moved, and is cheap to copy.
 //
 //     triangulation.AddAttribute<CVertexRef, ZqColorRGBA>(L"colour");
 //     CAttributeHandle<CVertexRef, ZqColorRGBA> colour(triangulation, L"colour");

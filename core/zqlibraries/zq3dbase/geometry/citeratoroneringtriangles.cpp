@@ -13,11 +13,19 @@ void CIteratorOneRingTriangles::throwNoCentre(CTriangleRef triangle) const
                  std::to_string(m_centre.GetIndex()));
 }
 
-unsigned int CIteratorOneRingTriangles::countFlag(unsigned int flag) const
+unsigned int CIteratorOneRingTriangles::GetFanCount() const
 {
     unsigned int count = 0;
     for (const unsigned int entry : m_entries)
-        count += (entry & flag) != 0;
+        count += (entry & ZqVertexTriangleRelation::kFanEnd) != 0;
+    return count;
+}
+
+unsigned int CIteratorOneRingTriangles::GetOpenFanCount() const
+{
+    unsigned int count = 0;
+    for (const unsigned int entry : m_entries)
+        count += isOpenFanEnd(entry);
     return count;
 }
 } // namespace Geometry

@@ -8,23 +8,16 @@
 namespace Geometry
 {
 // Walks the triangles around a centre vertex in rotational order: counter-clockwise seen from the
-// side the triangles face (the next triangle continues across the side from the centre to the
-// previous triangle's last corner).
+// side the triangles face (triangle (c, a, b) is followed by the triangle (c, b, x)).
 //
 // The triangles of a vertex form one or more fans. A fan is open when it ends at a border side
 // (no triangle continues across it) and closed when it comes back to its first triangle. An inner
-// vertex of a manifold surface has one closed fan, a border vertex one open fan. At a
-// non-manifold vertex (two cones touching at their tips, three triangles on one side, neighbours
-// of opposite orientation) there are several; the walk visits every triangle once, in the fan
-// order of CVertexTriangleRelation:
-// - fans in the order of their lowest triangle index;
-// - an open fan from its first triangle (the one no triangle precedes) to its last;
-// - a closed fan from its lowest triangle index;
-// - where several triangles could continue a fan, the lowest index that no other triangle took
-//   before continues it (triangles are linked in ascending order), the others start fans of
-//   their own.
-// IsBorder() reports the last triangle of an open fan; the walk ends after the last triangle and
-// never wraps around.
+// vertex of a manifold surface has one closed fan, a border vertex one open fan; more fans mean a
+// non-manifold vertex (two cones touching at their tips, three triangles on one edge) or
+// neighbours of opposite orientation. The walk visits every triangle once, in the fan order of
+// ZqVertexTriangleRelation: first the open fans, each from its border triangle, then the closed
+// ones. IsBorder() reports the last triangle of an open fan; the walk ends after the last triangle
+// and never wraps around.
 //
 //     CIteratorOneRingTriangles ring(triangulation, CVertexRef(5));
 //     for (; !ring.IsEnd(); ring.Next())
@@ -70,18 +63,21 @@ public:
 
     // The triangle reached; not at the end.
     CTriangleRef Get() const { return CTriangleRef(GetIndex()); }
-    unsigned int GetIndex() const { return m_entries[m_position] & CVertexTriangleRelation::kTriangleMask; }
+    unsigned int GetIndex() const { return m_entries[m_position] & ZqVertexTriangleRelation::kTriangleMask; }
     // The corner (0, 1, 2) at which the triangle reached holds the centre.
     unsigned int GetCorner() const { return getCornerIndex(Get()); }
     // The triangle reached is the last of an open fan.
-    bool IsBorder() const { return (m_entries[m_position] & CVertexTriangleRelation::kOpenFanEnd) != 0; }
+    bool IsBorder() const { return isOpenFanEnd(m_entries[m_position]); }
     // The triangle reached is the first of its fan.
-    bool IsFanStart() const { return (m_entries[m_position] & CVertexTriangleRelation::kFanStart) != 0; }
+    bool IsFanStart() const
+    {
+        return m_position == 0 || (m_entries[m_position - 1] & ZqVertexTriangleRelation::kFanEnd) != 0;
+    }
 
     // Triangles and fans of the ring.
     unsigned int GetCount() const { return static_cast<unsigned int>(m_entries.size()); }
-    unsigned int GetFanCount() const { return countFlag(CVertexTriangleRelation::kFanStart); }
-    unsigned int GetOpenFanCount() const { return countFlag(CVertexTriangleRelation::kOpenFanEnd); }
+    unsigned int GetFanCount() const;
+    unsigned int GetOpenFanCount() const;
     // One closed fan: the centre is an inner vertex of a manifold neighbourhood.
     bool IsClosed() const { return GetFanCount() == 1 && GetOpenFanCount() == 0; }
 
@@ -99,7 +95,11 @@ public:
 
 private:
     [[noreturn]] void throwNoCentre(CTriangleRef triangle) const;
-    unsigned int countFlag(unsigned int flag) const;
+    static bool isOpenFanEnd(unsigned int entry)
+    {
+        return (entry & (ZqVertexTriangleRelation::kFanEnd | ZqVertexTriangleRelation::kFanClosed)) ==
+               ZqVertexTriangleRelation::kFanEnd;
+    }
 
     const CTriangulation* m_triangulation;
     CVertexRef m_centre;

@@ -6,7 +6,7 @@
 namespace Geometry
 {
 void CTriangleEdges::Build(std::span<const std::array<unsigned int, 3>> triangles,
-                           const CVertexTriangleRelation& relation)
+                           const ZqVertexTriangleRelation& relation)
 {
     SMemoryBlock<unsigned int> sideEdges;
     sideEdges.SetCount(static_cast<unsigned int>(3 * triangles.size()));
@@ -27,7 +27,7 @@ void CTriangleEdges::Build(std::span<const std::array<unsigned int, 3>> triangle
         sides.clear();
         for (const unsigned int entry : relation.GetEntries(v))
         {
-            const unsigned int t = entry & CVertexTriangleRelation::kTriangleMask;
+            const unsigned int t = entry & ZqVertexTriangleRelation::kTriangleMask;
             const std::array<unsigned int, 3>& corners = triangles[t];
             for (unsigned int k = 0; k < 3; ++k)
             {

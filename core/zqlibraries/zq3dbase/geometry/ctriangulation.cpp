@@ -73,10 +73,16 @@ void CTriangulation::bindStores()
 
 void CTriangulation::checkCorners(const SCorners& corners, unsigned int vertexCount, const char* function)
 {
+    const auto text = [&]
+    {
+        return "corners (" + std::to_string(corners[0]) + ", " + std::to_string(corners[1]) + ", " +
+               std::to_string(corners[2]) + ")";
+    };
     if (corners[0] >= vertexCount || corners[1] >= vertexCount || corners[2] >= vertexCount)
         CB_THROW(CbExceptionPreconditionViolation, function,
-                 "corner (" + std::to_string(corners[0]) + ", " + std::to_string(corners[1]) + ", " +
-                     std::to_string(corners[2]) + ") past " + std::to_string(vertexCount) + " vertices");
+                 text() + " past " + std::to_string(vertexCount) + " vertices");
+    if (corners[0] == corners[1] || corners[1] == corners[2] || corners[2] == corners[0])
+        CB_THROW(CbExceptionPreconditionViolation, function, text() + " name a vertex twice");
 }
 
 void CTriangulation::SetVertexCount(unsigned int count)
@@ -84,7 +90,9 @@ void CTriangulation::SetVertexCount(unsigned int count)
     const unsigned int old = GetVertexCount();
     if (count < old)
         for (const SCorners& corners : m_triangles)
-            checkCorners(corners, count, "Geometry::CTriangulation::SetVertexCount");
+            if (corners[0] >= count || corners[1] >= count || corners[2] >= count)
+                CB_THROW(CbExceptionPreconditionViolation, "Geometry::CTriangulation::SetVertexCount",
+                         "the triangles use vertices past " + std::to_string(count));
     m_positions.SetCount(count);
     if (count > old)
         std::fill(m_positions.begin() + old, m_positions.end(), CbVector3f());
@@ -95,9 +103,6 @@ void CTriangulation::SetVertexCount(unsigned int count)
 void CTriangulation::SetTriangleCount(unsigned int count)
 {
     const unsigned int old = GetTriangleCount();
-    if (count > old && GetVertexCount() == 0)
-        CB_THROW(CbExceptionPreconditionViolation, "Geometry::CTriangulation::SetTriangleCount",
-                 "triangles without vertices");
     m_triangles.SetCount(count);
     if (count > old)
         std::fill(m_triangles.begin() + old, m_triangles.end(), SCorners{0, 0, 0});
@@ -171,11 +176,14 @@ std::uint64_t CTriangulation::GetElementCount(unsigned int kind) const
     }
 }
 
-const CVertexTriangleRelation& CTriangulation::GetVertexTriangleRelation() const
+const ZqVertexTriangleRelation& CTriangulation::GetVertexTriangleRelation() const
 {
     if (!m_relationBuilt)
     {
-        m_relation.Build(GetVertexCount(), {m_triangles.GetData(), m_triangles.GetCount()});
+        // The relation trusts its input; bulk edits may have left anything in the corners.
+        for (const SCorners& corners : m_triangles)
+            checkCorners(corners, GetVertexCount(), "Geometry::CTriangulation::GetVertexTriangleRelation");
+        m_relation.Compute(GetVertexCount(), {m_triangles.GetData(), m_triangles.GetCount()});
         m_relationBuilt = true;
     }
     return m_relation;
@@ -252,24 +260,6 @@ CTriangulation::SAttributeInfo CTriangulation::GetAttributeInfo(unsigned int ind
 {
     const SAttribute& attribute = m_attributes[index];
     return {attribute.name, attribute.domain, attribute.type, attribute.serialize};
-}
-
-void CTriangulation::SetSerialize(const CString& name, bool serialize)
-{
-    SAttribute* attribute = find(name);
-    if (!attribute)
-        CB_THROW(CbExceptionPreconditionViolation, "Geometry::CTriangulation::SetSerialize",
-                 "no attribute \"" + CbWideToUtf8(name.Std()) + "\"");
-    attribute->serialize = serialize;
-}
-
-bool CTriangulation::IsSerialized(const CString& name) const
-{
-    const SAttribute* attribute = find(name);
-    if (!attribute)
-        CB_THROW(CbExceptionPreconditionViolation, "Geometry::CTriangulation::IsSerialized",
-                 "no attribute \"" + CbWideToUtf8(name.Std()) + "\"");
-    return attribute->serialize;
 }
 
 CTriangulation::SAttribute* CTriangulation::find(const CString& name)

@@ -7,11 +7,11 @@
 #include "zq3dbase/geometry/ctriangleedges.h"
 #include "zq3dbase/geometry/ctriangleref.h"
 #include "zq3dbase/geometry/cvertexref.h"
-#include "zq3dbase/geometry/cvertextrianglerelation.h"
 #include "zq3dbase/geometry/eattributetype.h"
 #include "zq3dbase/geometry/eelementkind.h"
 #include "zq3dbase/geometry/smemoryblock.h"
 #include "zq3dbase/zq3dbase_export.h"
+#include "zq3dbase/zqvertextrianglerelation.h"
 
 #include <array>
 #include <memory>
@@ -22,8 +22,9 @@ namespace Geometry
 {
 // A triangulated surface: vertex positions and triangles of three corner vertex indices, each in
 // one memory block, and named attributes, each one value per vertex or per triangle with its own
-// serialize switch. The vertex-triangle relation and the edge numbering are built on demand and
-// dropped whenever the triangles or the vertex count change.
+// serialize switch. The vertex-triangle relation (ZqVertexTriangleRelation, the one of the whole
+// library, with each vertex's triangles sorted into fans) and the edge numbering are built on
+// demand and dropped whenever the triangles or the vertex count change.
 //
 //     CTriangulation t;
 //     t.AddVertex({0, 0, 0}); t.AddVertex({1, 0, 0}); t.AddVertex({0, 1, 0});
@@ -33,14 +34,16 @@ namespace Geometry
 //     weight[CVertexRef(1)] = 0.5f;
 //     t.SetSerialize(L"weight", true);                     // streams now carry it
 //
-// Attribute names are unique over both domains. Attribute values follow the element counts: new
+// Every triangle names three distinct vertices of the triangulation. Attribute names are unique
+// over both domains. Attribute values follow the element counts: new
 // vertices or triangles get zero values. Handles and raw stores of the named attributes stay valid
 // while the attribute exists, also across a move of the triangulation.
 //
 // The relation and the edges are built lazily by const members; build them once (call
 // GetVertexTriangleRelation()) before several threads read the same triangulation.
 //
-// Throws: CbExceptionPreconditionViolation for a corner index past the vertices, a name that is
+// Throws: CbExceptionPreconditionViolation for a corner index past the vertices or a vertex named
+// twice by one triangle, a name that is
 // used by an attribute of another domain or type, and for an attribute name that does not exist
 // ("Geometry::CTriangulation::SetSerialize", "...::IsSerialized").
 class ZQ3DBASE_API CTriangulation
@@ -70,7 +73,7 @@ public:
     unsigned int GetTriangleCount() const { return m_triangles.GetCount(); }
     // New positions are (0, 0, 0). Fewer vertices than the triangles use throws.
     void SetVertexCount(unsigned int count);
-    // New triangles are (0, 0, 0); at least one vertex must exist for them.
+    // New triangles are (0, 0, 0), placeholders to be set before the relation is built.
     void SetTriangleCount(unsigned int count);
     void Reserve(unsigned int vertices, unsigned int triangles);
     // Removes vertices, triangles and attribute values; the attributes stay, with no values.
@@ -100,15 +103,18 @@ public:
     const SMemoryBlock<SCorners>& GetTriangles() const { return m_triangles; }
     // Write access to all positions at once.
     std::span<CbVector3f> EditPositions() { return {m_positions.GetData(), m_positions.GetCount()}; }
-    // Write access to all corners at once; drops the relation and the edges. Corner indices must
-    // stay below the vertex count (the next relation build checks them).
+    // Write access to all corners at once; drops the relation and the edges. Corners must stay
+    // valid (below the vertex count, distinct within a triangle); the next relation build checks.
     std::span<SCorners> EditTriangles();
 
     // Element counts (see EElementKind): 0, V, T, V + T + E, 3 T. Throws CbException for a kind
     // outside 0 to 4.
     std::uint64_t GetElementCount(unsigned int kind) const;
     unsigned int GetEdgeCount() const { return GetEdges().GetEdgeCount(); }
-    const CVertexTriangleRelation& GetVertexTriangleRelation() const;
+    // Builds the relation when it is not there; a triangle with a corner past the vertices or a
+    // vertex twice (left so by bulk edits) throws CbExceptionPreconditionViolation naming
+    // "Geometry::CTriangulation::GetVertexTriangleRelation".
+    const ZqVertexTriangleRelation& GetVertexTriangleRelation() const;
     const CTriangleEdges& GetEdges() const;
 
     // Named attributes. AddAttribute adds one with zero values, or does nothing when one of that
@@ -131,8 +137,22 @@ public:
     CAttributeStorage& GetAttributeStorage(unsigned int index) { return *m_attributes[index].store; }
 
     // Switches whether streams carry the attribute.
-    void SetSerialize(const CString& name, bool serialize);
-    bool IsSerialized(const CString& name) const;
+    void SetSerialize(const CString& name, bool serialize)
+    {
+        SAttribute* attribute = find(name);
+        if (!attribute)
+            CB_THROW(CbExceptionPreconditionViolation, "Geometry::CTriangulation::SetSerialize",
+                     "no attribute \"" + CbWideToUtf8(name.Std()) + "\"");
+        attribute->serialize = serialize;
+    }
+    bool IsSerialized(const CString& name) const
+    {
+        const SAttribute* attribute = find(name);
+        if (!attribute)
+            CB_THROW(CbExceptionPreconditionViolation, "Geometry::CTriangulation::IsSerialized",
+                     "no attribute \"" + CbWideToUtf8(name.Std()) + "\"");
+        return attribute->serialize;
+    }
 
     // The store of the attribute of that name, domain of TRef and type; null when there is none.
     template <class TRef>
@@ -175,7 +195,7 @@ private:
     std::vector<SAttribute> m_attributes;
 
     // Built on demand from m_triangles.
-    mutable CVertexTriangleRelation m_relation;
+    mutable ZqVertexTriangleRelation m_relation;
     mutable bool m_relationBuilt = false;
     mutable CTriangleEdges m_edges;
     mutable bool m_edgesBuilt = false;

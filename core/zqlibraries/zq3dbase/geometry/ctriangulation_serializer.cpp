@@ -46,10 +46,15 @@ void readGeometry(CbStreamReadBinary& stream, CTriangulation& triangulation)
     const std::span<CTriangulation::SCorners> triangles = triangulation.EditTriangles();
     stream.Read(triangles.data(), triangles.size_bytes());
     for (std::size_t t = 0; t < triangles.size(); ++t)
-        for (const unsigned int corner : triangles[t])
+    {
+        const CTriangulation::SCorners& c = triangles[t];
+        for (const unsigned int corner : c)
             if (corner >= vertexCount)
                 refuse("triangle " + std::to_string(t) + " names vertex " + std::to_string(corner) + " of " +
                        std::to_string(vertexCount));
+        if (c[0] == c[1] || c[1] == c[2] || c[2] == c[0])
+            refuse("triangle " + std::to_string(t) + " names a vertex twice");
+    }
 }
 
 void readAttribute(CbStreamReadBinary& stream, CTriangulation& triangulation)

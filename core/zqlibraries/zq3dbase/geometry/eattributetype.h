@@ -1,5 +1,6 @@
 #pragma once
 
+#include "basepool/cbvector2.h"
 #include "basepool/cbvector3.h"
 #include "zqbase/zqcolorrgba.h"
 
@@ -12,6 +13,8 @@ enum EAttributeType : unsigned int
     eAT_Double = 2,
     eAT_Vector3f = 3,
     eAT_ColorRGBA = 4,
+    eAT_Vector2f = 5,
+    eAT_UnsignedInt = 6,
 };
 
 // Bytes of one value of type; 0 for a number that names no type.
@@ -27,12 +30,16 @@ constexpr unsigned int AttributeTypeSize(unsigned int type)
         return sizeof(CbVector3f);
     case eAT_ColorRGBA:
         return sizeof(ZqColorRGBA);
+    case eAT_Vector2f:
+        return sizeof(CbVector2f);
+    case eAT_UnsignedInt:
+        return sizeof(unsigned int);
     default:
         return 0;
     }
 }
 
-// The EAttributeType of a C++ value type; only the four attribute types have one.
+// The EAttributeType of a C++ value type; only the attribute types have one.
 template <class T> struct SAttributeTypeOf;
 template <> struct SAttributeTypeOf<float>
 {
@@ -50,6 +57,15 @@ template <> struct SAttributeTypeOf<ZqColorRGBA>
 {
     static constexpr EAttributeType value = eAT_ColorRGBA;
 };
+template <> struct SAttributeTypeOf<CbVector2f>
+{
+    static constexpr EAttributeType value = eAT_Vector2f;
+};
+template <> struct SAttributeTypeOf<unsigned int>
+{
+    static constexpr EAttributeType value = eAT_UnsignedInt;
+};
 
-static_assert(sizeof(CbVector3f) == 12 && sizeof(ZqColorRGBA) == 16, "attribute values are packed floats");
+static_assert(sizeof(CbVector2f) == 8 && sizeof(CbVector3f) == 12 && sizeof(ZqColorRGBA) == 16,
+              "attribute values are packed 32-bit scalars or one double");
 } // namespace Geometry
