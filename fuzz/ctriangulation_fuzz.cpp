@@ -31,8 +31,7 @@ bool equal(const CTriangulation& a, const CTriangulation& b)
     ZqMpCompareTriangulations compare;
     compare.SetFlags(CbFlags<ZqMpCompareTriangulations::EFlags>::FromBits(
         ZqMpCompareTriangulations::eF_Attributes | ZqMpCompareTriangulations::eF_SerializeSwitches));
-    compare.SetInput(a, b);
-    return compare.Compute() && compare.GetOutput();
+    return compare.Compute(a, b);
 }
 
 CTriangulation sentinel()

@@ -84,6 +84,14 @@ void ZqMpCompareTriangulations::SetParameters(float tolerance)
     setInputChanged();
 }
 
+bool ZqMpCompareTriangulations::Compute(const CTriangulation& first, const CTriangulation& second,
+                                        float tolerance)
+{
+    SetInput(first, second);
+    SetParameters(tolerance);
+    return Compute() && GetOutput();
+}
+
 void ZqMpCompareTriangulations::checkPreConditionsInit() const
 {
     if (!m_first || !m_second)

@@ -54,6 +54,10 @@ public:
     float GetTolerance() const { return m_tolerance; }
 
     bool GetOutput() const { return IsCalculated() && m_equal; }
+    using ZqAlgorithm::Compute;
+    // SetInput, SetParameters, Compute and GetOutput in one call, with the flags set before.
+    bool Compute(const Geometry::CTriangulation& first, const Geometry::CTriangulation& second,
+                 float tolerance = 0.0f);
     unsigned int GetDifferenceCount() const { return m_differences; }
 
     using ZqAlgorithm::RunUnitTest;

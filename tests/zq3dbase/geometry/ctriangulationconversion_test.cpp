@@ -151,8 +151,7 @@ TEST(TriangulationConversion, GeometryAttributesWithoutASlotAreNamed)
     ZqMpCompareTriangulations compare;
     compare.SetFlags(CbFlags<ZqMpCompareTriangulations::EFlags>::FromBits(
         ZqMpCompareTriangulations::eF_Attributes | ZqMpCompareTriangulations::eF_SerializeSwitches));
-    compare.SetInput(t, back);
-    EXPECT_TRUE(compare.Compute() && compare.GetOutput());
+    EXPECT_TRUE(compare.Compute(t, back));
 }
 
 TEST(TriangulationConversion, InvalidCornersAreRefusedAndTheTargetKept)

@@ -111,22 +111,25 @@ std::vector<CString> CTriangulationConversion::Convert(const ZqTriangulationBase
     return leftOut;
 }
 
-std::vector<CString> CTriangulationConversion::Convert(const CTriangulation& source,
-                                                       ZqTriangulationDynamic& target)
+template <class TTarget>
+std::vector<CString> CTriangulationConversion::replace(const CTriangulation& source, TTarget& target)
 {
     ZqTriangulationDynamic result;
     std::vector<CString> leftOut = toDynamic(source, result);
-    target = std::move(result);
+    target = static_cast<const ZqTriangulationBase&>(result);
     return leftOut;
+}
+
+std::vector<CString> CTriangulationConversion::Convert(const CTriangulation& source,
+                                                       ZqTriangulationDynamic& target)
+{
+    return replace(source, target);
 }
 
 std::vector<CString> CTriangulationConversion::Convert(const CTriangulation& source,
                                                        ZqTriangulationStatic& target)
 {
-    ZqTriangulationDynamic result;
-    std::vector<CString> leftOut = toDynamic(source, result);
-    target = result;
-    return leftOut;
+    return replace(source, target);
 }
 
 std::vector<CString> CTriangulationConversion::toDynamic(const CTriangulation& source,

@@ -43,6 +43,9 @@ public:
     static CString GetAttributeName(ETriangleAttribute attribute);
 
 private:
+    // Builds the copy and assigns it to target, which is changed only when that succeeded.
+    template <class TTarget>
+    static std::vector<CString> replace(const CTriangulation& source, TTarget& target);
     static std::vector<CString> toDynamic(const CTriangulation& source, ZqTriangulationDynamic& result);
 };
 } // namespace Geometry
