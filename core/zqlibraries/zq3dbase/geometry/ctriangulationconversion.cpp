@@ -82,31 +82,19 @@ std::vector<CString> CTriangulationConversion::Convert(const ZqTriangulationBase
     std::copy(source.GetTriangles().begin(), source.GetTriangles().end(), result.EditTriangles().begin());
 
     std::vector<CString> leftOut;
-    auto leaveParameter = [&](auto attribute)
+    // Copies the slot's attribute when it is present, into an attribute of TRef's domain.
+    auto copySlot = [&]<class TRef>(auto slot, TRef)
     {
+        constexpr auto attribute = decltype(slot)::value;
+        if (!source.IsPresent(attribute))
+            return;
+        copyInto<TRef>(result, GetAttributeName(attribute), source.GetSerialize(attribute),
+                       source.GetAttribute<attribute>());
         if (source.GetAttributeParameter(attribute))
             leftOut.push_back(GetAttributeName(attribute) + L" (parameter)");
     };
-    forEachVertexAttribute(
-        [&](auto slot)
-        {
-            constexpr EVertexAttribute attribute = decltype(slot)::value;
-            if (!source.IsPresent(attribute))
-                return;
-            copyInto<CVertexRef>(result, GetAttributeName(attribute), source.GetSerialize(attribute),
-                                 source.GetAttribute<attribute>());
-            leaveParameter(attribute);
-        });
-    forEachTriangleAttribute(
-        [&](auto slot)
-        {
-            constexpr ETriangleAttribute attribute = decltype(slot)::value;
-            if (!source.IsPresent(attribute))
-                return;
-            copyInto<CTriangleRef>(result, GetAttributeName(attribute), source.GetSerialize(attribute),
-                                   source.GetAttribute<attribute>());
-            leaveParameter(attribute);
-        });
+    forEachVertexAttribute([&](auto slot) { copySlot(slot, CVertexRef()); });
+    forEachTriangleAttribute([&](auto slot) { copySlot(slot, CTriangleRef()); });
     target.Swap(result);
     return leftOut;
 }
