@@ -104,27 +104,22 @@ TEST(IteratorOneRing, NonManifoldCentresAreWalkedFanByFan)
     EXPECT_EQ(triangles(flipped, 0), "0| / 1| ");
     EXPECT_EQ(triangles(flipped, 1), "0| / 1| ");
 
+    // Two closed cones touching at their tips (over 1 2 3 and 4 5 6), their triangles interleaved.
+    CTriangulation cones;
+    cones.SetVertexCount(7);
+    for (const CTriangulation::SCorners& c :
+         {CTriangulation::SCorners{0, 4, 5}, {0, 1, 2}, {0, 5, 6}, {0, 2, 3}, {0, 6, 4}, {0, 3, 1}})
+        cones.AddTriangle(c[0], c[1], c[2]);
+    EXPECT_EQ(triangles(cones, 0), "0 2 4 / 1 3 5 ");
+    EXPECT_EQ(vertices(cones, 0), "4 5 6 / 1 2 3 ");
+    EXPECT_FALSE(CIteratorOneRingTriangles(cones, CVertexRef(0)).IsClosed());
+
     // A vertex without triangles has an empty ring, neither closed nor open.
     flipped.AddVertex({});
     const CIteratorOneRingVertices lone(flipped, CVertexRef(4));
     EXPECT_TRUE(lone.IsEnd());
     EXPECT_EQ(lone.GetFanCount(), 0u);
     EXPECT_FALSE(lone.IsClosed());
-}
-
-TEST(IteratorOneRing, TwoClosedConesTouchingAtTheirTips)
-{
-    // Cone 1 over 1 2 3 and cone 2 over 4 5 6, their triangles interleaved.
-    CTriangulation t;
-    t.SetVertexCount(7);
-    for (const CTriangulation::SCorners& c :
-         {CTriangulation::SCorners{0, 4, 5}, {0, 1, 2}, {0, 5, 6}, {0, 2, 3}, {0, 6, 4}, {0, 3, 1}})
-        t.AddTriangle(c[0], c[1], c[2]);
-    EXPECT_EQ(triangles(t, 0), "0 2 4 / 1 3 5 ");
-    EXPECT_EQ(vertices(t, 0), "4 5 6 / 1 2 3 ");
-    const CIteratorOneRingTriangles ring(t, CVertexRef(0));
-    EXPECT_EQ(ring.GetOpenFanCount(), 0u);
-    EXPECT_FALSE(ring.IsClosed());
 }
 
 TEST(IteratorOneRing, HighValenceFansInShuffledOrder)

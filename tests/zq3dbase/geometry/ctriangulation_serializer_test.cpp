@@ -1,6 +1,5 @@
 // Streams of Geometry::CTriangulation: what a round trip keeps (only the attributes switched on),
-// a file written through a temporary name, and the refusal of damaged bytes, which must leave the
-// target as it was.
+// and the refusal of damaged bytes, which must leave the target as it was.
 
 #include "geometryfixtures.h"
 #include "zq3dbase/geometry/cattributehandle.h"
@@ -11,7 +10,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <filesystem>
 #include <limits>
 #include <vector>
 
@@ -86,26 +84,6 @@ TEST(TriangulationStream, ARoundTripKeepsTheAttributesSwitchedOn)
     EXPECT_TRUE(equal(read, expected));
     EXPECT_FALSE(read.HasAttribute(L"scratch"));
     EXPECT_TRUE(read.IsSerialized(L"Farbe ä"));
-}
-
-TEST(TriangulationStream, AFileIsWrittenWhole)
-{
-    const std::filesystem::path path = std::filesystem::temp_directory_path() / "geometry_stream_test.zqgt";
-    {
-        CbStreamWriteBinary stream(path.string());
-        stream << withAttributes();
-        // Nothing under the target's name before Close renames the temporary file.
-        EXPECT_FALSE(std::filesystem::exists(path));
-        stream.Close();
-    }
-    CTriangulation read;
-    {
-        CbStreamReadBinary stream(path.string());
-        stream >> read;
-    }
-    std::filesystem::remove(path);
-    EXPECT_EQ(read.GetTriangleCount(), 8u);
-    EXPECT_EQ(read.GetAttributeCount(), 2u);
 }
 
 TEST(TriangulationStream, DamagedBytesAreRefusedWithAReasonAndTheTargetKept)

@@ -61,8 +61,7 @@ bool equal(const ZqTriangulationBase& a, const ZqTriangulationBase& b)
     compare.SetFlags(CbFlags<ZqMpCompareTriangulationsOld::EFlags>::FromBits(
         ZqMpCompareTriangulationsOld::eF_CompareAttributes |
         ZqMpCompareTriangulationsOld::eF_CompareSerializeSwitches));
-    compare.SetInput(a, b);
-    const bool same = compare.Compute() && compare.GetOutput();
+    const bool same = compare.Compute(a, b, 0.0f, 0.0f);
     for (const auto& message : compare.GetMessageStream().Take())
         ADD_FAILURE() << CbWideToUtf8(message.text.Std());
     return same;
@@ -84,20 +83,16 @@ TEST(TriangulationConversion, EveryAttributeSlotArrivesUnderItsGeometryName)
     EXPECT_EQ(utf8(CTriangulationConversion::Convert(source, converted)),
               (std::vector<std::string>{"parameters (parameter)"}));
 
-    ASSERT_EQ(converted.GetVertexCount(), source.GetVertexCount());
-    ASSERT_EQ(converted.GetTriangleCount(), source.GetTriangleCount());
-    EXPECT_EQ(converted.GetAttributeCount(), 8u);
+    // Values and switches under the Geometry names (a round trip alone would not see two slots
+    // swapped both ways).
+    ASSERT_EQ(converted.GetAttributeCount(), 8u);
     const unsigned int v = source.GetVertexCount() - 1;
     const unsigned int t = source.GetTriangleCount() - 1;
-    EXPECT_EQ(converted.GetPosition(CVertexRef(v)), source.Get(CbVertexRef(v)));
-    EXPECT_EQ(converted.GetCorners(CTriangleRef(t)), source.Get(CbTriangleRef(t)));
     EXPECT_EQ((CAttributeHandle<CVertexRef, ZqColorRGBA>(converted, L"color")[CVertexRef(v)]),
               source.Get<eVA_Color>(CbVertexRef(v)));
     EXPECT_EQ((CAttributeHandle<CVertexRef, CbVector2f>(converted, L"parameters")[CVertexRef(v)]),
               source.Get<eVA_Parameter>(CbVertexRef(v)));
     EXPECT_EQ((CAttributeHandle<CVertexRef, unsigned int>(converted, L"flags")[CVertexRef(v)]), v * 7u);
-    EXPECT_EQ((CAttributeHandle<CTriangleRef, CbVector3f>(converted, L"triangle normal")[CTriangleRef(t)]),
-              CbVector3f(float(t), 0, 0));
     EXPECT_EQ((CAttributeHandle<CTriangleRef, unsigned int>(converted, L"triangle flags")[CTriangleRef(t)]),
               1u << (t % 32));
     EXPECT_TRUE(converted.IsSerialized(L"normal"));
