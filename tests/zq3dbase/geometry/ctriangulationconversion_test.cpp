@@ -4,11 +4,13 @@
 
 #include "geometryfixtures.h"
 #include "zq3dbase/geometry/cattributehandle.h"
+#include "zq3dbase/geometry/citeratoroneringvertices.h"
 #include "zq3dbase/geometry/ctriangulationconversion.h"
 #include "zq3dbase/zqmpcomparetriangulations.h"
 #include "zq3dbase/zqmpcomparetriangulationsold.h"
 #include "zq3dbase/zqmptriangulationprimitiveold.h"
 #include "zq3dbase/zqparametrizationplanar.h"
+#include "zq3dbase/zqtriangulationiteratoronering.h"
 
 #include <gtest/gtest.h>
 
@@ -168,4 +170,33 @@ TEST(TriangulationConversion, InvalidCornersAreRefusedAndTheTargetKept)
     EXPECT_EQ(GeometryFixtures::thrown([&] { CTriangulationConversion::Convert(edited, dynamic); }),
               "Geometry::CTriangulation::GetVertexTriangleRelation");
     EXPECT_TRUE(equal(before, dynamic));
+}
+
+TEST(TriangulationConversion, BothKindsWalkEveryOneRingInTheSameOrder)
+{
+    // A grid with a third triangle on the inner edge 6-7 and a triangle touching vertex 12 only.
+    CTriangulation geometry = GeometryFixtures::Grid(5);
+    geometry.AddVertex({1, 1, 1});
+    geometry.AddVertex({3, 3, 1});
+    geometry.AddVertex({2, 3, 1});
+    geometry.AddTriangle(6, 7, 25);
+    geometry.AddTriangle(12, 26, 27);
+    ZqTriangulationStatic older;
+    CTriangulationConversion::Convert(geometry, older);
+    older.ComputeVertexTriangleRelationship();
+    for (unsigned int v = 0; v < geometry.GetVertexCount(); ++v)
+    {
+        std::vector<unsigned int> ours, theirs;
+        for (CIteratorOneRingTriangles ring(geometry, CVertexRef(v)); !ring.IsEnd(); ring.Next())
+            ours.push_back(ring.GetIndex());
+        for (CIteratorOneRingVertices ring(geometry, CVertexRef(v)); !ring.IsEnd(); ring.Next())
+            ours.push_back(ring.GetIndex());
+        for (ZqTriangulationIteratorOneRing<CbTriangleRef, true, true> ring(older, CbVertexRef(v));
+             !ring.IsEnd(); ++ring)
+            theirs.push_back((*ring).GetIndex());
+        for (ZqTriangulationIteratorOneRing<CbVertexRef, true, true> ring(older, CbVertexRef(v));
+             !ring.IsEnd(); ++ring)
+            theirs.push_back((*ring).GetIndex());
+        ASSERT_EQ(ours, theirs) << "vertex " << v;
+    }
 }
