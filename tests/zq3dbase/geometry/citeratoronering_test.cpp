@@ -72,20 +72,20 @@ TEST(IteratorOneRing, GridInnerBorderAndCornerVertices)
 
 TEST(IteratorOneRing, NonManifoldCentresAreWalkedFanByFan)
 {
-    // Around vertex 0: triangles 0 and 1 form an open fan; triangle 3 lies on edge 0-2 as well, and
-    // triangle 2 touches the others only at vertex 0. Triangles 2 and 3 each have a possible
-    // predecessor (3 and 0), so neither starts an open fan; they come after it as fans of their own.
+    // Around vertex 0: triangles 0 and 1 form an open fan; triangle 3 lies on edge 0-2 as well, so
+    // its predecessor (triangle 0) is taken, and it starts a fan of its own that goes on across edge
+    // 0-4 into triangle 2, which touches the others only at vertex 0.
     CTriangulation t;
     t.SetVertexCount(6);
     t.AddTriangle(0, 1, 2);
     t.AddTriangle(0, 2, 3);
     t.AddTriangle(0, 4, 5);
     t.AddTriangle(0, 2, 4);
-    EXPECT_EQ(triangles(t, 0), "0 1| / 2| / 3| ");
-    EXPECT_EQ(vertices(t, 0), "1 2 3| / 4 5| / 2 4| ");
+    EXPECT_EQ(triangles(t, 0), "0 1| / 3 2| ");
+    EXPECT_EQ(vertices(t, 0), "1 2 3| / 2 4 5| ");
     const CIteratorOneRingTriangles ring(t, CVertexRef(0));
-    EXPECT_EQ(ring.GetFanCount(), 3u);
-    EXPECT_EQ(ring.GetOpenFanCount(), 3u);
+    EXPECT_EQ(ring.GetFanCount(), 2u);
+    EXPECT_EQ(ring.GetOpenFanCount(), 2u);
 
     // Triangles 0 and 1 both end at vertex 2, where triangle 2 begins: the lower one takes it.
     CTriangulation contested;
