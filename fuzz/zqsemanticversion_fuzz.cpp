@@ -34,7 +34,7 @@ template <class Char> std::optional<ZqSemanticVersion> parse(const Char* text)
 
 bool sameNumbers(const ZqSemanticVersion& a, const ZqSemanticVersion& b)
 {
-    return a.GetMajor() == b.GetMajor() && a.GetMinor() == b.GetMinor() && a.GetPatch() == b.GetPatch();
+    return a.major == b.major && a.minor == b.minor && a.patch == b.patch;
 }
 } // namespace
 

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs the Debian packages the build needs, and only when one is missing, so that the
-# README commands cost nothing on a machine that already has them.
+# install-deps.sh [fuzz]: installs the Debian packages the build needs, and only when one is missing,
+# so that the README commands cost nothing on a machine that already has them. With "fuzz" also clang
+# and its runtime libraries (libFuzzer, the sanitizers), which only scripts/run-fuzz.sh needs.
 set -euo pipefail
 
 packages=(
@@ -10,6 +11,9 @@ packages=(
   nlohmann-json3-dev libtinyxml2-dev
   libassimp-dev libopenmesh-dev libcgal-dev
 )
+if [[ "${1:-}" == fuzz ]]; then
+  packages+=(clang libclang-rt-dev)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

@@ -16,6 +16,16 @@
 #include <string>
 #include <vector>
 
+// The texts of the error messages test wrote since the last call; its other messages are dropped.
+inline std::vector<std::string> ZqErrorTexts(const ZqUnitTest& test)
+{
+    std::vector<std::string> errors;
+    for (const auto& message : test.GetMessageStream().Take())
+        if (message.type == ZqUnitTest::eError)
+            errors.push_back(CbWideToUtf8(message.text.Std()));
+    return errors;
+}
+
 class ZqModuleTest : public ::testing::Test
 {
 protected:
@@ -61,16 +71,6 @@ protected:
         return result;
     }
 
-    /// Takes the pending messages, one line each, marked "error: " or "info: "; empty when there are none.
-    static std::string messagesText(const ZqUnitTest& test)
-    {
-        std::string text;
-        for (const auto& message : test.GetMessageStream().Take())
-            text += (message.type == ZqUnitTest::eError ? "error: " : "info: ") +
-                    CbWideToUtf8(message.text.Std()) + "\n";
-        return text;
-    }
-
     /// Runs subtest i and takes its messages: an error message fails the calling test unless errors are
     /// expected; the texts of the other messages go to *infos when given.
     static ZqUnitTest::EResult run(ZqUnitTest& test, unsigned int i, bool errorsExpected = false,
@@ -96,13 +96,6 @@ protected:
         std::vector<std::string> infos;
         EXPECT_EQ(run(test, i, false, &infos), ZqUnitTest::ePassed) << subtestName(test, i);
         return infos;
-    }
-
-    /// Runs every counted subtest; each must pass without an error message.
-    static void expectAllPass(ZqUnitTest& test)
-    {
-        for (unsigned int i = 0; i < test.GetSubtestCount(); ++i)
-            runPassing(test, i);
     }
 
     /// The function named by the CbException that call throws, or "nothing thrown".

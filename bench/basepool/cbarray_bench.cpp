@@ -1,14 +1,12 @@
 // CbArray against std::vector in the same run: appending 10^6 elements one at a time (ints and
-// strings, so that growth moves elements), and summing 10^6 ints by index. Prints the ratio
+// strings, so that growth moves elements), and summing 10^6 ints by index, with the ratio
 // CbArray / std::vector per case.
 
 #include "basepool/cbarray.h"
 #include "basepool/cstring.h"
 
-#include <benchmark/benchmark.h>
+#include "zqbenchmain.h"
 
-#include <cstdio>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -89,44 +87,12 @@ BENCHMARK(appendStringsVector)->Name("AppendStrings/std::vector")->Unit(benchmar
 BENCHMARK(sumCbArray)->Name("SumByIndex/CbArray")->Unit(benchmark::kMicrosecond);
 BENCHMARK(sumVector)->Name("SumByIndex/std::vector")->Unit(benchmark::kMicrosecond);
 
-// Collects the times and prints CbArray / std::vector for every case that has both.
-class CRatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        for (const Run& run : runs)
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred)
-                m_seconds[run.benchmark_name()] = run.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void PrintRatios() const
-    {
-        for (const auto& [name, seconds] : m_seconds)
-        {
-            const std::size_t slash = name.find("/CbArray");
-            if (slash == std::string::npos)
-                continue;
-            const auto peer = m_seconds.find(name.substr(0, slash) + "/std::vector");
-            if (peer != m_seconds.end())
-                std::printf("%s: CbArray / std::vector = %.2f\n", name.substr(0, slash).c_str(),
-                            seconds / peer->second);
-        }
-    }
-
-private:
-    std::map<std::string, double> m_seconds;
-};
 } // namespace
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    CRatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.PrintRatios();
-    benchmark::Shutdown();
-    return 0;
+    std::vector<ZqBenchPair> pairs;
+    for (const char* kind : {"AppendInts", "AppendStrings", "SumByIndex"})
+        pairs.push_back({std::string(kind) + "/CbArray", std::string(kind) + "/std::vector"});
+    return ZqBenchMain(argc, argv, pairs);
 }

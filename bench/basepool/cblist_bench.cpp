@@ -4,7 +4,7 @@
 
 #include "basepool/cblist.h"
 
-#include "benchratio.h"
+#include "zqbenchmain.h"
 
 #include <cstdint>
 #include <list>
@@ -99,14 +99,14 @@ int main(int argc, char** argv)
     const std::string standard = "<CbList<std::int64_t>>";
     const std::string optimized = "<COptimized>";
     const std::string peer = "<std::list<std::int64_t>>";
-    return RunBenchmarksWithRatios(argc, argv,
-                                   {
-                                       {"BM_Build" + standard, "BM_Build" + peer},
-                                       {"BM_Build" + optimized, "BM_Build" + peer},
-                                       {"BM_Refill<CStandardRefill>", "BM_Refill" + peer},
-                                       {"BM_Refill<COptimizedRefill>", "BM_Refill" + peer},
-                                       {"BM_WalkForward" + standard, "BM_WalkForward" + peer},
-                                       {"BM_WalkForward" + optimized, "BM_WalkForward" + peer},
-                                       {"BM_WalkBackward" + standard, "BM_WalkBackward" + peer},
-                                   });
+    return ZqBenchMain(argc, argv,
+                       {
+                           {"BM_Build" + standard, "BM_Build" + peer},
+                           {"BM_Build" + optimized, "BM_Build" + peer},
+                           {"BM_Refill<CStandardRefill>", "BM_Refill" + peer},
+                           {"BM_Refill<COptimizedRefill>", "BM_Refill" + peer},
+                           {"BM_WalkForward" + standard, "BM_WalkForward" + peer},
+                           {"BM_WalkForward" + optimized, "BM_WalkForward" + peer},
+                           {"BM_WalkBackward" + standard, "BM_WalkBackward" + peer},
+                       });
 }

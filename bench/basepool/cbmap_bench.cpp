@@ -4,7 +4,7 @@
 
 #include "basepool/cbmap.h"
 
-#include "benchratio.h"
+#include "zqbenchmain.h"
 
 #include <algorithm>
 #include <bit>
@@ -159,14 +159,14 @@ int main(int argc, char** argv)
     if (argc == 2 && std::string(argv[1]) == "--zq-peak-rss=std")
         return printPeakResidentKilobytes<CStdMap>();
 
-    std::vector<SBenchRatio> ratios;
+    std::vector<ZqBenchPair> ratios;
     for (const char* function : {"BM_Insert", "BM_Lookup"})
         for (const char* kind : {"eSequential", "eRandom"})
             for (const char* count : {"1000", "100000", "1000000"})
                 ratios.push_back({std::string(function) + "<CCbMap, " + kind + ">/" + count,
                                   std::string(function) + "<CStdMap, " + kind + ">/" + count});
     ratios.push_back({"BM_BucketIndexOnly/1000", "BM_Lookup<CStdMap, eSequential>/1000"});
-    const int result = RunBenchmarksWithRatios(argc, argv, ratios);
+    const int result = ZqBenchMain(argc, argv, ratios);
 
     const long ours = peakResidentKilobytes(argv[0], "CbMap");
     const long peer = peakResidentKilobytes(argv[0], "std");

@@ -4,7 +4,7 @@
 // add_vertex and add_face) and walking every vertex's one-ring of triangles and of vertices. Prints
 // the ratio ours / OpenMesh per task.
 
-#include "basepool/benchratio.h"
+#include "zqbenchmain.h"
 
 #include "zq3dbase/geometry/citeratoroneringvertices.h"
 #include "zq3dbase/geometry/ctriangulationconversion.h"
@@ -148,8 +148,8 @@ BENCHMARK(openMeshRingVertices)->Unit(benchmark::kMillisecond)->Repetitions(3);
 
 int main(int argc, char** argv)
 {
-    return RunBenchmarksWithRatios(argc, argv,
-                                   {{"oursBuild/repeats:3", "openMeshBuild/repeats:3"},
-                                    {"oursRingTriangles/repeats:3", "openMeshRingTriangles/repeats:3"},
-                                    {"oursRingVertices/repeats:3", "openMeshRingVertices/repeats:3"}});
+    return ZqBenchMain(argc, argv,
+                       {{"oursBuild/repeats:3", "openMeshBuild/repeats:3"},
+                        {"oursRingTriangles/repeats:3", "openMeshRingTriangles/repeats:3"},
+                        {"oursRingVertices/repeats:3", "openMeshRingVertices/repeats:3"}});
 }

@@ -5,12 +5,10 @@
 
 #include "zq3dbase/zqftconvexhull2d.h"
 
-#include <benchmark/benchmark.h>
+#include "zqbenchmain.h"
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -137,42 +135,12 @@ BENCHMARK(reference<circlePoints>)->Name("Circle/MonotoneChain")->Unit(benchmark
 BENCHMARK(hull<diagonalPoints>)->Name("Diagonal/ZqFtConvexHull2D")->Unit(benchmark::kMillisecond);
 BENCHMARK(reference<diagonalPoints>)->Name("Diagonal/MonotoneChain")->Unit(benchmark::kMillisecond);
 
-// Collects the times of the runs and prints, per input, our time over the reference's.
-class CRatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        for (const Run& run : runs)
-            if (run.run_type == Run::RT_Iteration && !run.error_occurred)
-                m_seconds[run.benchmark_name()] = run.GetAdjustedRealTime();
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void PrintRatios() const
-    {
-        for (const char* input : {"Random", "Circle", "Diagonal"})
-        {
-            const auto ours = m_seconds.find(std::string(input) + "/ZqFtConvexHull2D");
-            const auto peer = m_seconds.find(std::string(input) + "/MonotoneChain");
-            if (ours != m_seconds.end() && peer != m_seconds.end())
-                std::printf("%s: ZqFtConvexHull2D / monotone chain = %.2f\n", input,
-                            ours->second / peer->second);
-        }
-    }
-
-private:
-    std::map<std::string, double> m_seconds;
-};
 } // namespace
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    CRatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.PrintRatios();
-    benchmark::Shutdown();
-    return 0;
+    std::vector<ZqBenchPair> pairs;
+    for (const char* input : {"Random", "Circle", "Diagonal"})
+        pairs.push_back({std::string(input) + "/ZqFtConvexHull2D", std::string(input) + "/MonotoneChain"});
+    return ZqBenchMain(argc, argv, pairs);
 }

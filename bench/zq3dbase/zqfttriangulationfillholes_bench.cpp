@@ -10,10 +10,10 @@
 // CGAL gets the options that suit each hole: the 2D constrained Delaunay triangulation in the rim's
 // plane for the planar hole, the 3D Delaunay search space (without the cubic fallback) for the wavy one.
 
-#include "basepool/benchratio.h"
 #include "zq3dbase/zqfttriangulationfillholesearcut.h"
 #include "zq3dbase/zqfttriangulationfillholesearcutold.h"
 #include "zq3dbase/zqtriangulationdynamic.h"
+#include "zqbenchmain.h"
 
 #if defined(ZQ_HAVE_CGAL)
 #include <CGAL/Exact_predicates_inexact_constructions_kernel.h>
@@ -279,7 +279,7 @@ void cgal(benchmark::State& state, bool wavy)
 }
 #endif
 
-void registerAll(std::vector<SBenchRatio>& ratios)
+void registerAll(std::vector<ZqBenchPair>& ratios)
 {
     for (const bool wavy : {false, true})
         for (const unsigned int n : {1000u, 10000u})
@@ -306,12 +306,12 @@ void registerAll(std::vector<SBenchRatio>& ratios)
 
 int main(int argc, char** argv)
 {
-    std::vector<SBenchRatio> ratios;
+    std::vector<ZqBenchPair> ratios;
     registerAll(ratios);
 #if !defined(ZQ_HAVE_CGAL)
     std::printf("CGAL not found: only our filters are measured\n");
 #endif
-    const int result = RunBenchmarksWithRatios(argc, argv, ratios);
+    const int result = ZqBenchMain(argc, argv, ratios);
     std::printf("\n%-24s %10s %18s %22s\n", "fill", "triangles", "smallest angle", "largest dihedral");
     for (const auto& [name, q] : s_quality)
         std::printf("%-24s %10u %16.4f deg %20.2f deg\n", name.c_str(), q.triangles, q.smallestAngle,

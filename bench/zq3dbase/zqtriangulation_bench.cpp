@@ -9,10 +9,10 @@
 // Files go to $ZQ_BENCH_DIR (default /tmp). Times are wall-clock (the file cases wait for the disk), and
 // MB/s counts the bytes of the respective file. Prints time ours / time peer per pair.
 
-#include "basepool/benchratio.h"
 #include "zq3dbase/zqmptriangulationprimitive.h"
 #include "zq3dbase/zqtriangulationdynamic.h"
 #include "zq3dbase/zqtriangulationiteratoronering.h"
+#include "zqbenchmain.h"
 
 #include <OpenMesh/Core/IO/MeshIO.hh>
 #include <OpenMesh/Core/Mesh/TriMesh_ArrayKernelT.hh>
@@ -230,11 +230,10 @@ BENCHMARK(BM_ReadPeer)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 int main(int argc, char** argv)
 {
-    return RunBenchmarksWithRatios(
-        argc, argv,
-        {{"BM_RelationOurs/real_time", "BM_RelationPeer/real_time"},
-         {"BM_OneRingTrianglesOurs/real_time", "BM_OneRingTrianglesPeer/real_time"},
-         {"BM_OneRingVerticesOurs/real_time", "BM_OneRingVerticesPeer/real_time"},
-         {"BM_WriteOurs/real_time", "BM_WritePeer/real_time"},
-         {"BM_ReadOurs/real_time", "BM_ReadPeer/real_time"}});
+    return ZqBenchMain(argc, argv,
+                       {{"BM_RelationOurs/real_time", "BM_RelationPeer/real_time"},
+                        {"BM_OneRingTrianglesOurs/real_time", "BM_OneRingTrianglesPeer/real_time"},
+                        {"BM_OneRingVerticesOurs/real_time", "BM_OneRingVerticesPeer/real_time"},
+                        {"BM_WriteOurs/real_time", "BM_WritePeer/real_time"},
+                        {"BM_ReadOurs/real_time", "BM_ReadPeer/real_time"}});
 }

@@ -1,5 +1,5 @@
 // Throughput of ZqMD5 and ZqSHA1 against libcrypto on buffers of 1 MiB and 64 MiB, in one process,
-// with the ratio ours / libcrypto printed at the end (best run of each, so that
+// with the ratio of the times ours / libcrypto printed at the end (best run of each, so that
 // --benchmark_repetitions=N steadies it).
 //
 //     build/release/bin/zqdigest_bench [--benchmark_repetitions=5]
@@ -7,10 +7,10 @@
 #include "zqbase/zqmd5.h"
 #include "zqbase/zqsha1.h"
 
-#include <benchmark/benchmark.h>
+#include "zqbenchmain.h"
+
 #include <cstdio>
 #include <functional>
-#include <map>
 #include <openssl/evp.h>
 #include <random>
 #include <string>
@@ -76,36 +76,6 @@ void ourSHA1(benchmark::State& state, ZqSHA1::EImplementation implementation)
     state.SetBytesProcessed(static_cast<std::int64_t>(state.iterations()) * state.range(0));
 }
 
-// Keeps the best throughput of every benchmark while the console reporter prints as usual.
-class CRatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        for (const Run& run : runs)
-        {
-            const auto rate = run.counters.find("bytes_per_second");
-            if (run.run_type != Run::RT_Iteration || run.error_occurred || rate == run.counters.end())
-                continue;
-            double& best = m_best[run.benchmark_name()];
-            best = std::max(best, static_cast<double>(rate->second));
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-
-    void PrintRatio(const std::string& ours, const std::string& peer) const
-    {
-        const auto a = m_best.find(ours);
-        const auto b = m_best.find(peer);
-        if (a == m_best.end() || b == m_best.end() || b->second <= 0.0)
-            return;
-        std::printf("%-34s %8.0f MiB/s  %-30s %8.0f MiB/s  ratio %.2f\n", ours.c_str(), a->second / (1 << 20),
-                    peer.c_str(), b->second / (1 << 20), a->second / b->second);
-    }
-
-private:
-    std::map<std::string, double> m_best;
-};
 } // namespace
 
 int main(int argc, char** argv)
@@ -120,21 +90,19 @@ int main(int argc, char** argv)
         ->Arg(sizes[1]);
     benchmark::RegisterBenchmark("SHA1/libcrypto", libcrypto, "SHA1")->Arg(sizes[0])->Arg(sizes[1]);
 
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    CRatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
-
-    std::printf("\nSHA-1 block function of ZqSHA1 here: %s\n",
-                ZqSHA1::HasShaExtensions() ? "SHA extensions" : "portable (no SHA extensions)");
+    std::vector<ZqBenchPair> pairs;
     for (const std::int64_t size : sizes)
     {
         const std::string suffix = '/' + std::to_string(size);
-        reporter.PrintRatio("MD5/Zq" + suffix, "MD5/libcrypto" + suffix);
-        reporter.PrintRatio("SHA1/Zq" + suffix, "SHA1/libcrypto" + suffix);
-        reporter.PrintRatio("SHA1/ZqPortable" + suffix, "SHA1/libcrypto" + suffix);
+        pairs.push_back({"MD5/Zq" + suffix, "MD5/libcrypto" + suffix});
+        pairs.push_back({"SHA1/Zq" + suffix, "SHA1/libcrypto" + suffix});
+        pairs.push_back({"SHA1/ZqPortable" + suffix, "SHA1/libcrypto" + suffix});
     }
-    return 0;
+    return ZqBenchMain(argc, argv, pairs,
+                       [](const ZqBenchReporter&)
+                       {
+                           std::printf("\nSHA-1 block function of ZqSHA1 here: %s\n",
+                                       ZqSHA1::HasShaExtensions() ? "SHA extensions"
+                                                                  : "portable (no SHA extensions)");
+                       });
 }

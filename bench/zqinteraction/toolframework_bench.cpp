@@ -4,7 +4,7 @@
 // an undo log). And one uncontended lock and unlock through the locking manager against a plain
 // std::mutex.
 
-#include "basepool/benchratio.h"
+#include "zqbenchmain.h"
 
 #include "zqinteraction/tools/ccompportserializer.h"
 #include "zqinteraction/tools/cconfiguration.h"
@@ -173,11 +173,11 @@ BENCHMARK(BM_Interaction_Direct);
 
 int main(int argc, char** argv)
 {
-    return RunBenchmarksWithRatios(argc, argv,
-                                   {
-                                       {"BM_LockUnlock_LockingManager", "BM_LockUnlock_StdMutex"},
-                                       {"BM_LockUnlock_DataLock", "BM_LockUnlock_StdMutex"},
-                                       {"BM_Interaction_Dispatcher", "BM_Interaction_Direct"},
-                                       {"BM_Interaction_DispatcherRecording", "BM_Interaction_Direct"},
-                                   });
+    return ZqBenchMain(argc, argv,
+                       {
+                           {"BM_LockUnlock_LockingManager", "BM_LockUnlock_StdMutex"},
+                           {"BM_LockUnlock_DataLock", "BM_LockUnlock_StdMutex"},
+                           {"BM_Interaction_Dispatcher", "BM_Interaction_Direct"},
+                           {"BM_Interaction_DispatcherRecording", "BM_Interaction_Direct"},
+                       });
 }

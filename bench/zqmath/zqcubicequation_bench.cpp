@@ -1,12 +1,12 @@
 // Throughput of the closed-form cubic solver (float) against two ways of solving the same cubics:
 // the eigenvalues of the companion matrix, and Newton's method for one root followed by deflation
 // to a quadratic. Each case first solves every cubic once untimed and reports its accuracy
-// (largest root error, cubics with the wrong number of real roots); the ratios of the roots per
-// second are printed at the end of the run.
+// (largest root error, cubics with the wrong number of real roots); the ratios of the times are
+// printed at the end of the run.
 
 #include "zqmath/zqcubicequation.h"
 
-#include <benchmark/benchmark.h>
+#include "zqbenchmain.h"
 
 #if ZQ_HAVE_EIGEN
 #include <Eigen/Eigenvalues>
@@ -15,7 +15,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -162,35 +161,6 @@ template <int (*Solve)(const SCubic&, float*)> void runSolver(benchmark::State& 
     state.counters["wrongCount"] = wrongCount;
 }
 
-// Prints the ratios of the closed form's roots per second to its peers'.
-class CRatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    CRatioReporter() : ConsoleReporter(OO_Tabular) {}
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs)
-            if (run.run_type == Run::RT_Iteration && run.counters.count("roots/s"))
-                m_rates[run.benchmark_name()] = run.counters.at("roots/s").value;
-    }
-    void PrintRatios() const
-    {
-        const auto ours = m_rates.find("ClosedForm");
-        if (ours == m_rates.end())
-            return;
-        std::printf("\nroots per second, closed form: %.3g\n", ours->second);
-        for (const auto& [name, rate] : m_rates)
-            if (name != ours->first)
-                std::printf("closed form / %s: %.2f\n", name.c_str(), ours->second / rate);
-#if !ZQ_HAVE_EIGEN
-        std::printf("companion matrix: Eigen not available at build time, not measured\n");
-#endif
-    }
-
-private:
-    std::map<std::string, double> m_rates;
-};
 } // namespace
 
 BENCHMARK(runSolver<solveClosedForm>)->Name("ClosedForm");
@@ -201,12 +171,13 @@ BENCHMARK(runSolver<solveCompanion>)->Name("CompanionEigen");
 
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    CRatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.PrintRatios();
-    benchmark::Shutdown();
-    return 0;
+    return ZqBenchMain(argc, argv, {{"ClosedForm", "NewtonDeflation"}, {"ClosedForm", "CompanionEigen"}},
+                       [](const ZqBenchReporter& reporter)
+                       {
+                           std::printf("\nroots per second, closed form: %.3g\n",
+                                       reporter.GetCounter("ClosedForm", "roots/s"));
+#if !ZQ_HAVE_EIGEN
+                           std::printf("companion matrix: Eigen not available at build time, not measured\n");
+#endif
+                       });
 }

@@ -2,12 +2,12 @@
 // principal components and oriented boxes feed it, against Eigen's SelfAdjointEigenSolver (the
 // iterative one, and its closed form for 3 x 3). Each case first solves every matrix once untimed
 // and reports the worst residual |A v - lambda v| and the worst deviation of V V^T from the identity;
-// then it times the same work. The ratios of the times to Eigen's iterative solver are printed at the
-// end of the run.
+// then it times the same work. The ratios of the times to Eigen's iterative solver and the accuracy
+// figures are printed at the end of the run.
 
 #include "zqmath/zqeigensolver.h"
 
-#include <benchmark/benchmark.h>
+#include "zqbenchmain.h"
 
 #if ZQ_HAVE_EIGEN
 #include <Eigen/Eigenvalues>
@@ -17,7 +17,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -153,47 +152,6 @@ template <class Contender> void runSolver(benchmark::State& state)
     state.counters["worstResidual"] = accuracy.residual;
     state.counters["worstOrthonormality"] = accuracy.orthonormality;
 }
-
-// Prints each contender's time per matrix relative to Eigen's iterative solver (to the QL method's
-// when Eigen is missing), and the accuracy figures.
-class CRatioReporter : public benchmark::ConsoleReporter
-{
-public:
-    CRatioReporter() : ConsoleReporter(OO_Tabular) {}
-    void ReportRuns(const std::vector<Run>& runs) override
-    {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs)
-            if (run.run_type == Run::RT_Iteration && run.counters.count("matrices/s"))
-                m_results[run.benchmark_name()] = {run.counters.at("matrices/s").value,
-                                                   run.counters.at("worstResidual").value,
-                                                   run.counters.at("worstOrthonormality").value};
-    }
-    void PrintRatios() const
-    {
-        auto reference = m_results.find("EigenIterative");
-        if (reference == m_results.end())
-            reference = m_results.find("ZqQL");
-        if (reference == m_results.end())
-            return;
-        const std::string ratio = "time / " + reference->first;
-        std::printf("\n%-16s %10s %22s %15s %15s\n", "contender", "ns/matrix", ratio.c_str(),
-                    "worst residual", "worst |VV^T-I|");
-        for (const auto& [name, result] : m_results)
-            std::printf("%-16s %10.1f %22.2f %15.3g %15.3g\n", name.c_str(), 1e9 / result.rate,
-                        reference->second.rate / result.rate, result.residual, result.orthonormality);
-#if !ZQ_HAVE_EIGEN
-        std::printf("Eigen not available at build time, not measured\n");
-#endif
-    }
-
-private:
-    struct SResult
-    {
-        double rate, residual, orthonormality;
-    };
-    std::map<std::string, SResult> m_results;
-};
 } // namespace
 
 BENCHMARK(runSolver<CZqQL>)->Name("ZqQL")->Unit(benchmark::kMillisecond);
@@ -203,14 +161,27 @@ BENCHMARK(runSolver<CEigenSolver<false>>)->Name("EigenIterative")->Unit(benchmar
 BENCHMARK(runSolver<CEigenSolver<true>>)->Name("EigenDirect")->Unit(benchmark::kMillisecond);
 #endif
 
+namespace
+{
+// Time per matrix and accuracy of every contender that ran.
+void printAccuracy(const ZqBenchReporter& reporter)
+{
+    std::printf("\n%-16s %10s %15s %15s\n", "contender", "ns/matrix", "worst residual", "worst |VV^T-I|");
+    for (const char* name : {"ZqQL", "ZqJacobi", "EigenIterative", "EigenDirect"})
+        if (const double rate = reporter.GetCounter(name, "matrices/s"); rate > 0.0)
+            std::printf("%-16s %10.1f %15.3g %15.3g\n", name, 1e9 / rate,
+                        reporter.GetCounter(name, "worstResidual"),
+                        reporter.GetCounter(name, "worstOrthonormality"));
+#if !ZQ_HAVE_EIGEN
+    std::printf("Eigen not available at build time, not measured\n");
+#endif
+}
+} // namespace
+
 int main(int argc, char** argv)
 {
-    benchmark::Initialize(&argc, argv);
-    if (benchmark::ReportUnrecognizedArguments(argc, argv))
-        return 1;
-    CRatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.PrintRatios();
-    benchmark::Shutdown();
-    return 0;
+    return ZqBenchMain(
+        argc, argv,
+        {{"ZqQL", "EigenIterative"}, {"ZqJacobi", "EigenIterative"}, {"EigenDirect", "EigenIterative"}},
+        printAccuracy);
 }

@@ -5,7 +5,7 @@
 
 #include "zqmath/zqpowell.h"
 
-#include <benchmark/benchmark.h>
+#include "zqbenchmain.h"
 
 namespace
 {
@@ -85,4 +85,7 @@ BENCHMARK_CAPTURE(runPowell, Rosenbrock,
 BENCHMARK_CAPTURE(runPowell, RosenbrockTight,
                   {&SObjective::rosenbrock, -1.2f, 1, Powell::eBM_Parabolic, false, 1e-6f, 200});
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv)
+{
+    return ZqBenchMain(argc, argv, {});
+}

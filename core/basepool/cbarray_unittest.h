@@ -75,6 +75,7 @@ private:
 
     template <class T> EResult serializationRoundTrip(const CbArray<T>& written, const wchar_t* what);
 
+protected:
     // Data of the benchmark, made in onBeforeRun and released in onAfterRun.
     std::unique_ptr<int[]> m_cArray;
     CbArray<int> m_cbArray;

@@ -51,6 +51,14 @@ public:
     using const_iterator = const T*;
     using reverse_iterator = std::reverse_iterator<T*>;
     using const_reverse_iterator = std::reverse_iterator<const T*>;
+    // What Reversed() returns: a begin and an end for a range-based loop or an algorithm. Not
+    // std::ranges::subrange, whose reverse-iterator form clang before 15 rejects with libstdc++ 12.
+    template <class Iterator> struct SIteratorRange
+    {
+        Iterator first, last;
+        Iterator begin() const { return first; }
+        Iterator end() const { return last; }
+    };
 
     CbArrayEx() noexcept = default;
     explicit CbArrayEx(unsigned int growBy) noexcept : m_nGrowBy(growBy) {}
@@ -143,8 +151,8 @@ public:
     const_reverse_iterator rend() const { return const_reverse_iterator(begin()); }
     const_reverse_iterator crbegin() const { return rbegin(); }
     const_reverse_iterator crend() const { return rend(); }
-    std::ranges::subrange<reverse_iterator> Reversed() { return {rbegin(), rend()}; }
-    std::ranges::subrange<const_reverse_iterator> Reversed() const { return {rbegin(), rend()}; }
+    SIteratorRange<reverse_iterator> Reversed() { return {rbegin(), rend()}; }
+    SIteratorRange<const_reverse_iterator> Reversed() const { return {rbegin(), rend()}; }
 
     // Appends one element; returns true when the block had to be reallocated for it.
     bool Add(const T& value) { return emplaceLast("CbArray::Add", value); }

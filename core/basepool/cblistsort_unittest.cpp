@@ -6,11 +6,11 @@
 #include "zqbase/cbtimer.h"
 #include "zqbase/zqbenchmark.h"
 #include "zqbase/zqrandomseed.h"
-#include "zqbase/zqtestenvironment.h"
 #include "zqbase/zqunittest.h"
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <random>
 #include <vector>
 
@@ -43,56 +43,24 @@ bool walkBothWays(const CbList<SItem>& list, std::vector<SItem>& items)
 class CbListSort_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(CbListSort_UnitTest)
-
-protected:
-    unsigned int getSubtestCount() const override { return 3; }
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
+    ZQ_DECLARE_SUBTEST_TABLE(CbListSort_UnitTest)
 
 private:
     EResult runShortLists();
     EResult runLongLists();
     EResult runTimingAgainstBubbleSort();
     bool checkSorted(CbList<SItem>& list, const wchar_t* what);
-    std::uint32_t startSeed();
 };
 
 CB_IMPLEMENT_RTTI(CbListSort_UnitTest, ZqUnitTest::RTTI);
 
-CString CbListSort_UnitTest::getSubtestName(unsigned int index)
-{
-    switch (index)
-    {
-    case 0:
-        return L"Sortieren von verketteten Listen (kurze Listen, Stabilität)";
-    case 1:
-        return L"Sortieren von verketteten Listen (lange Listen)";
-    case 2:
-        return L"Zeitmessung, Vergleich zu Bubble-Sort";
-    }
-    CB_THROW(CbException, "CbListSort_UnitTest::getSubtestName");
-}
+const ZqSubtestRowOf<CbListSort_UnitTest> CbListSort_UnitTest::s_subtests[] = {
+    {"Sortieren von verketteten Listen (kurze Listen, Stabilität)", &CbListSort_UnitTest::runShortLists},
+    {"Sortieren von verketteten Listen (lange Listen)", &CbListSort_UnitTest::runLongLists},
+    {"Zeitmessung, Vergleich zu Bubble-Sort", &CbListSort_UnitTest::runTimingAgainstBubbleSort},
+};
 
-ZqUnitTest::EResult CbListSort_UnitTest::runUnitTest(unsigned int index)
-{
-    switch (index)
-    {
-    case 0:
-        return runShortLists();
-    case 1:
-        return runLongLists();
-    case 2:
-        return runTimingAgainstBubbleSort();
-    }
-    CB_THROW(CbException, "CbListSort_UnitTest::runUnitTest");
-}
-
-std::uint32_t CbListSort_UnitTest::startSeed()
-{
-    const std::uint32_t seed = ZqTestEnvironment::GetReplaySeed().value_or(ZqRandomSeed::FromClock());
-    WriteMessageFormat(eInfo, L"Startwert des Zufallsgenerators: %d\n", static_cast<int>(seed));
-    return seed;
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(CbListSort_UnitTest)
 
 // Sorts list by key and compares it with std::stable_sort of its elements; the nodes must be the
 // same nodes as before, relinked.
@@ -154,7 +122,7 @@ ZqUnitTest::EResult CbListSort_UnitTest::runShortLists()
 
 ZqUnitTest::EResult CbListSort_UnitTest::runLongLists()
 {
-    std::mt19937 generator(startSeed());
+    std::mt19937 generator(ZqRandomSeed::Start(*this));
     struct SPattern
     {
         const wchar_t* name;
@@ -183,7 +151,7 @@ ZqUnitTest::EResult CbListSort_UnitTest::runLongLists()
 ZqUnitTest::EResult CbListSort_UnitTest::runTimingAgainstBubbleSort()
 {
     constexpr int kLength = 2000;
-    std::mt19937 generator(startSeed());
+    std::mt19937 generator(ZqRandomSeed::Start(*this));
     CbList<int> merged;
     for (int i = 0; i < kLength; ++i)
         merged.AddTail(static_cast<int>(generator() % 10000));

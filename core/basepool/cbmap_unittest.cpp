@@ -113,6 +113,10 @@ protected:
     void dump(const CString& text) override { WriteMessage(eInfo, L"\t" + text); }
     void onBeforeRun() override;
     void onAfterRun(bool success) override;
+    // The check of a case's outcome: the sum of the keys, and one access per pass.
+    bool checkCase(unsigned int index, std::uint64_t sum, unsigned int accesses) const;
+
+    std::unique_ptr<SBenchmarkContainers> m_containers;
 
 private:
     bool fail(const wchar_t* message) const;
@@ -120,8 +124,6 @@ private:
     bool checkInsertLookupGrowth() const;
     bool checkRemoveAndErase() const;
     bool checkKeyTypesAndCopies() const;
-
-    std::unique_ptr<SBenchmarkContainers> m_containers;
 };
 
 CB_IMPLEMENT_RTTI(CbMap_UnitTest, ZqUnitTest::RTTI, ZqBenchmark::RTTI);
@@ -478,6 +480,15 @@ bool CbMap_UnitTest::runBenchmark(unsigned int index, SBenchmarkData& data)
     CbTimer timer;
     s_cases[index].function(*m_containers, sum, accesses, kPasses);
     const double seconds = timer.GetElapsedSeconds();
+    if (!checkCase(index, sum, accesses))
+        return false;
+    data.AddSample(seconds);
+    data.result = static_cast<double>(sum);
+    return true;
+}
+
+bool CbMap_UnitTest::checkCase(unsigned int index, std::uint64_t sum, unsigned int accesses) const
+{
     if (sum != kKeySum)
     {
         WriteMessageFormat(eError, L"Summe ist nicht korrekt (%d)", static_cast<int>(index));
@@ -488,7 +499,5 @@ bool CbMap_UnitTest::runBenchmark(unsigned int index, SBenchmarkData& data)
         WriteMessage(eError, L"Anzahl Zugriffe ist nicht korrekt");
         return false;
     }
-    data.AddSample(seconds);
-    data.result = static_cast<double>(sum);
     return true;
 }

@@ -5,7 +5,6 @@
 #include "zqbase/cbtimer.h"
 #include "zqbase/zqbenchmark.h"
 #include "zqbase/zqrandomseed.h"
-#include "zqbase/zqtestenvironment.h"
 #include "zqbase/zqunittest.h"
 
 #include <algorithm>
@@ -80,12 +79,9 @@ constexpr int kBenchmarkKeys = 2000;
 class CbSet_UnitTest : public ZqUnitTest, public ZqBenchmark
 {
     CB_DECLARE_RTTI(CbSet_UnitTest)
+    ZQ_DECLARE_SUBTEST_TABLE(CbSet_UnitTest)
 
 protected:
-    unsigned int getSubtestCount() const override { return 7; }
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
-
     unsigned int getBenchmarkCount() const override { return 10; }
     CString getBenchmarkName(unsigned int index) override;
     unsigned int getGroup(unsigned int index) const override;
@@ -103,7 +99,6 @@ private:
     EResult runUnionAsNewSet();
     EResult runSubsets();
     EResult failed(const wchar_t* message, std::size_t sizeA = 0, std::size_t sizeB = 0) const;
-    std::uint32_t startSeed() const;
 
     struct SBenchmarkSets
     {
@@ -117,51 +112,23 @@ private:
 
 CB_IMPLEMENT_RTTI(CbSet_UnitTest, ZqUnitTest::RTTI, ZqBenchmark::RTTI);
 
-CString CbSet_UnitTest::getSubtestName(unsigned int index)
-{
-    static const wchar_t* const names[] = {
-        L"Unit-Test",    L"Benchmark", L"Intersection, &=, ==", L"Intersect, &, !=", L"Union, |=, ==",
-        L"Union, |, !=", L"Subsets",
-    };
-    if (index >= std::size(names))
-        CB_THROW(CbException, "CbSet_UnitTest::getSubtestName");
-    return names[index];
-}
+const ZqSubtestRowOf<CbSet_UnitTest> CbSet_UnitTest::s_subtests[] = {
+    {"Unit-Test", &CbSet_UnitTest::runOperations},
+    {"Benchmark", [](CbSet_UnitTest& test) { return test.RunBenchmark() ? ePassed : eFailed; }},
+    {"Intersection, &=, ==", &CbSet_UnitTest::runIntersectionInPlace},
+    {"Intersect, &, !=", &CbSet_UnitTest::runIntersectionAsNewSet},
+    {"Union, |=, ==", &CbSet_UnitTest::runUnionInPlace},
+    {"Union, |, !=", &CbSet_UnitTest::runUnionAsNewSet},
+    {"Subsets", &CbSet_UnitTest::runSubsets},
+};
 
-ZqUnitTest::EResult CbSet_UnitTest::runUnitTest(unsigned int index)
-{
-    switch (index)
-    {
-    case 0:
-        return runOperations();
-    case 1:
-        return RunBenchmark() ? ePassed : eFailed;
-    case 2:
-        return runIntersectionInPlace();
-    case 3:
-        return runIntersectionAsNewSet();
-    case 4:
-        return runUnionInPlace();
-    case 5:
-        return runUnionAsNewSet();
-    case 6:
-        return runSubsets();
-    }
-    CB_THROW(CbException, "CbSet_UnitTest::runUnitTest");
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(CbSet_UnitTest)
 
 ZqUnitTest::EResult CbSet_UnitTest::failed(const wchar_t* message, std::size_t sizeA, std::size_t sizeB) const
 {
     WriteMessageFormat(eError, L"%s (Mengen mit %u und %u Elementen)\n", message,
                        static_cast<unsigned int>(sizeA), static_cast<unsigned int>(sizeB));
     return eFailed;
-}
-
-std::uint32_t CbSet_UnitTest::startSeed() const
-{
-    const std::uint32_t seed = ZqTestEnvironment::GetReplaySeed().value_or(ZqRandomSeed::FromClock());
-    WriteMessageFormat(eInfo, L"Startwert des Zufallsgenerators: %d\n", static_cast<int>(seed));
-    return seed;
 }
 
 ZqUnitTest::EResult CbSet_UnitTest::runOperations()
@@ -194,7 +161,7 @@ ZqUnitTest::EResult CbSet_UnitTest::runOperations()
 
 ZqUnitTest::EResult CbSet_UnitTest::runIntersectionInPlace()
 {
-    for (const SRandomPair& pair : randomPairs(startSeed()))
+    for (const SRandomPair& pair : randomPairs(ZqRandomSeed::Start(*this)))
     {
         CIntSet a = fromStd(pair.a);
         const CIntSet b = fromStd(pair.b);
@@ -216,7 +183,7 @@ ZqUnitTest::EResult CbSet_UnitTest::runIntersectionInPlace()
 
 ZqUnitTest::EResult CbSet_UnitTest::runIntersectionAsNewSet()
 {
-    for (const SRandomPair& pair : randomPairs(startSeed()))
+    for (const SRandomPair& pair : randomPairs(ZqRandomSeed::Start(*this)))
     {
         const CIntSet a = fromStd(pair.a);
         const CIntSet b = fromStd(pair.b);
@@ -234,7 +201,7 @@ ZqUnitTest::EResult CbSet_UnitTest::runIntersectionAsNewSet()
 
 ZqUnitTest::EResult CbSet_UnitTest::runUnionInPlace()
 {
-    for (const SRandomPair& pair : randomPairs(startSeed()))
+    for (const SRandomPair& pair : randomPairs(ZqRandomSeed::Start(*this)))
     {
         CIntSet a = fromStd(pair.a);
         const CIntSet b = fromStd(pair.b);
@@ -253,7 +220,7 @@ ZqUnitTest::EResult CbSet_UnitTest::runUnionInPlace()
 
 ZqUnitTest::EResult CbSet_UnitTest::runUnionAsNewSet()
 {
-    for (const SRandomPair& pair : randomPairs(startSeed()))
+    for (const SRandomPair& pair : randomPairs(ZqRandomSeed::Start(*this)))
     {
         const CIntSet a = fromStd(pair.a);
         const CIntSet b = fromStd(pair.b);
@@ -271,7 +238,7 @@ ZqUnitTest::EResult CbSet_UnitTest::runUnionAsNewSet()
 
 ZqUnitTest::EResult CbSet_UnitTest::runSubsets()
 {
-    for (const SRandomPair& pair : randomPairs(startSeed()))
+    for (const SRandomPair& pair : randomPairs(ZqRandomSeed::Start(*this)))
     {
         const CIntSet a = fromStd(pair.a);
         const CIntSet b = fromStd(pair.b);

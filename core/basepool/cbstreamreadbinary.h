@@ -9,6 +9,15 @@
 #include <type_traits>
 #include <vector>
 
+// Whether stream.Read(value) is well-formed for a value of T: the types a stream reads itself. The
+// stream is a parameter so that the stream class can constrain its own members with it while it is
+// still incomplete.
+template <class T, class Stream>
+concept CbReadableBy = requires(Stream& stream, T& value)
+{
+    stream.Read(value);
+};
+
 // Binary input stream from memory or a file, the counterpart of CbStreamWriteBinary. Reading past
 // the end throws CbExceptionWrongFileVersion: the data is truncated or of another format.
 class BASEPOOL_API CbStreamReadBinary
@@ -42,9 +51,7 @@ public:
     std::uint64_t GetRemaining() const;
 
     // Reads anything Read accepts; other types (arrays, ...) bring operator>> of their own.
-    template <class T>
-    requires requires(CbStreamReadBinary& stream, T& value) { stream.Read(value); }
-    CbStreamReadBinary& operator>>(T& value)
+    template <CbReadableBy<CbStreamReadBinary> T> CbStreamReadBinary& operator>>(T& value)
     {
         Read(value);
         return *this;

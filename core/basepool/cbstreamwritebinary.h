@@ -9,6 +9,15 @@
 #include <type_traits>
 #include <vector>
 
+// Whether stream.Write(value) is well-formed for a value of T: the types a stream writes itself. The
+// stream is a parameter so that the stream class can constrain its own members with it while it is
+// still incomplete.
+template <class T, class Stream>
+concept CbWritableBy = requires(Stream& stream, const T& value)
+{
+    stream.Write(value);
+};
+
 // Binary output stream into memory or a file. Values are written in the machine's byte order
 // (little-endian x86-64), counts as 32-bit values, text as a count of UTF-8 bytes followed by them.
 //
@@ -47,9 +56,7 @@ public:
     void Close();
 
     // Writes anything Write accepts; other types (arrays, ...) bring operator<< of their own.
-    template <class T>
-    requires requires(CbStreamWriteBinary& stream, const T& value) { stream.Write(value); }
-    CbStreamWriteBinary& operator<<(const T& value)
+    template <CbWritableBy<CbStreamWriteBinary> T> CbStreamWriteBinary& operator<<(const T& value)
     {
         Write(value);
         return *this;

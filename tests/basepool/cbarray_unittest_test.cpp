@@ -1,33 +1,57 @@
-// Runs the module's CbArray_UnitTest through the registry, as the runner does, and checks its
-// contract: 14 named subtests that pass, the benchmark's 30 dump lines, the index check.
+// The sum check of CbArray_UnitTest's benchmark rejects a walk over an array that holds a wrong element,
+// and an unknown case fails. The test class is compiled into this program from its sources (the
+// benchmark's data and hooks are protected members, reached through a derived class).
 
-#include "zqbase/zqbenchmark.h"
+#include "basepool/cbarray_unittest.cpp"
+#include "basepool/cbarraybenchmark_unittest.cpp"
+
 #include "zqmoduletest.h"
 
-#include <iostream>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
 
 namespace
 {
-class CbArrayUnitTestModule : public ZqModuleTest
+struct ArrayChecks : CbArray_UnitTest
 {
+    using CbArray_UnitTest::m_cbArray;
+    using CbArray_UnitTest::m_vector;
+    using CbArray_UnitTest::onAfterRun;
+    using CbArray_UnitTest::onBeforeRun;
+    using CbArray_UnitTest::runBenchmark;
 };
+using Errors = std::vector<std::string>;
 } // namespace
 
-TEST_F(CbArrayUnitTestModule, EverySubtestPasses)
+TEST(CbArrayUnitTestChecks, WalkOverAWrongElementFailsTheSumCheck)
 {
-    std::unique_ptr<ZqUnitTest> test = create(L"CbArray_UnitTest");
-    ASSERT_TRUE(test);
-    EXPECT_TRUE(test->IsKindOf(ZqUnitTest::RTTI));
-    EXPECT_TRUE(test->IsKindOf(ZqBenchmark::RTTI));
-    ASSERT_EQ(test->GetSubtestCount(), 14u);
-    EXPECT_EQ(test->GetSubtestName(3), CString(L"Iteration über Bereich"));
-    EXPECT_EQ(test->GetSubtestName(12), CString(L"Riesige Allokation"));
-    for (unsigned int i = 0; i < 14; ++i)
+    ArrayChecks test;
+    test.onBeforeRun();
+    ZqBenchmark::SBenchmarkData data;
+    EXPECT_TRUE(test.runBenchmark(4, data));
+    EXPECT_EQ(data.result, double(kBenchmarkSum));
+
+    test.m_cbArray[1234] += 1;
+    for (unsigned int index : {4u, 5u, 6u, 7u, 8u, 9u, 22u, 23u})
     {
-        const ZqUnitTest::EResult result = test->RunUnitTest(i);
-        const std::string messages = messagesText(*test);
-        EXPECT_EQ(result, ZqUnitTest::ePassed) << subtestName(*test, i) << "\n" << messages;
-        if (i == 0)
-            std::cout << messages;
+        EXPECT_FALSE(test.runBenchmark(index, data)) << index;
+        EXPECT_EQ(ZqErrorTexts(test), Errors{"Summe ist nicht korrekt"}) << index;
     }
+    // The other contenders hold their own copies of the numbers.
+    EXPECT_TRUE(test.runBenchmark(0, data));
+    EXPECT_TRUE(test.runBenchmark(10, data));
+    test.m_vector.back() = 0;
+    EXPECT_FALSE(test.runBenchmark(24, data));
+    EXPECT_EQ(ZqErrorTexts(test), Errors{"Summe ist nicht korrekt"});
+    test.onAfterRun(false);
+}
+
+TEST(CbArrayUnitTestChecks, UnknownCaseFails)
+{
+    ArrayChecks test;
+    ZqBenchmark::SBenchmarkData data;
+    EXPECT_FALSE(test.runBenchmark(test.GetBenchmarkCount(), data));
+    EXPECT_EQ(ZqErrorTexts(test), Errors{"Unbekannter Benchmark"});
 }

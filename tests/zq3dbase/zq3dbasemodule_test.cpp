@@ -1,5 +1,6 @@
 // The fitting and principal-component test classes of the module, driven through the registry as
-// the runner drives them: names, outcomes, the seed message and its replay, the index checks.
+// the runner drives them: the seed message and its replay, the benchmark's report, and many seeds
+// where CTest runs one.
 
 #include "zqbase/zqtestenvironment.h"
 #include "zqmoduletest.h"
@@ -20,9 +21,6 @@ TEST_F(GeometryModuleTest, LineFitRunsItsTestAndItsBenchmark)
 {
     auto test = create(L"ZqMpFitLine2D_UnitTest");
     ASSERT_TRUE(test);
-    EXPECT_TRUE(test->IsKindOf(ZqUnitTest::RTTI));
-    EXPECT_EQ(names(*test), (std::vector<std::string>{"Unit-Test", "Benchmark"}));
-
     ZqTestEnvironment::SetReplaySeed(123456u);
     const std::vector<std::string> infos = runPassing(*test, 0);
     ASSERT_EQ(infos.size(), 1u);
@@ -32,9 +30,6 @@ TEST_F(GeometryModuleTest, LineFitRunsItsTestAndItsBenchmark)
     // The title, the header line and one line per case: two methods at three sizes.
     ASSERT_EQ(dump.size(), 8u);
     EXPECT_NE(dump[7].find("Robust (Tukey), 100000 Punkte"), std::string::npos) << dump[7];
-
-    EXPECT_EQ(thrownFunction([&] { test->RunUnitTest(2); }), "ZqMpFitLine2D_UnitTest::runUnitTest");
-    EXPECT_EQ(thrownFunction([&] { test->GetSubtestName(2); }), "ZqMpFitLine2D_UnitTest::getSubtestName");
 }
 
 TEST_F(GeometryModuleTest, LineFitPassesForManySeeds)
@@ -49,13 +44,10 @@ TEST_F(GeometryModuleTest, LineFitPassesForManySeeds)
     }
 }
 
-TEST_F(GeometryModuleTest, PrincipalComponentsPassAllFiveSubtests)
+TEST_F(GeometryModuleTest, PrincipalComponentsPassForManySeeds)
 {
     auto test = create(L"ZqMpPointsToPrincipalComponents_UnitTest");
     ASSERT_TRUE(test);
-    EXPECT_EQ(names(*test), (std::vector<std::string>{"Ellipsoidförmige Punktwolke",
-                                                      "Punkte auf einer Geraden", "Punkte in einer Ebene",
-                                                      "Weniger als drei Punkte", "Zweimalige Berechnung"}));
     for (std::uint32_t seed = 1; seed <= 20 && !HasFailure(); ++seed)
     {
         SCOPED_TRACE("seed " + std::to_string(seed));
@@ -63,6 +55,4 @@ TEST_F(GeometryModuleTest, PrincipalComponentsPassAllFiveSubtests)
         for (unsigned int i = 0; i < test->GetSubtestCount(); ++i)
             runPassing(*test, i);
     }
-    EXPECT_EQ(thrownFunction([&] { test->RunUnitTest(5); }),
-              "ZqMpPointsToPrincipalComponents_UnitTest::runUnitTest");
 }

@@ -150,6 +150,28 @@ TEST(ZqFtConvexHull2D, DegenerateInputs)
     EXPECT_TRUE(hullOf(triangle) == CPoints({{0, 0}, {10, 0}, {10, 10}}));
 }
 
+TEST(ZqFtConvexHull2D, CornersKeepTheBitsOfTheirInputPoints)
+{
+    const auto sameBits = [](const CPoints& a, const CPoints& b)
+    { return a.GetCount() == b.GetCount() && std::memcmp(a.GetData(), b.GetData(), a.GetCount() * 8) == 0; };
+    // The unit square with negative zeros, filled below and above the interior filter and the radix sort.
+    const CPoints square = {{-0.0f, -0.0f}, {1, -0.0f}, {1, 1}, {-0.0f, 1}};
+    std::mt19937 random(12);
+    std::uniform_real_distribution<float> inside(0.01f, 0.99f);
+    for (unsigned int count : {0u, 100u, 5000u})
+    {
+        CPoints points = square;
+        for (unsigned int i = 0; i < count; ++i)
+            points.InsertAt(random() % points.GetCount(), CbVector2f(inside(random), inside(random)));
+        EXPECT_TRUE(sameBits(hullOf(points), square)) << count;
+    }
+    EXPECT_TRUE(sameBits(hullOf({{-0.0f, 2}}), CPoints({{-0.0f, 2}})));
+    EXPECT_TRUE(sameBits(hullOf({{3, -0.0f}, {-0.0f, -0.0f}}), CPoints({{-0.0f, -0.0f}, {3, -0.0f}})));
+    // Of two points that differ in the sign of a zero only, the first one given is the corner.
+    EXPECT_TRUE(sameBits(hullOf({{-0.0f, 1}, {0.0f, 1}, {1, 1}}), CPoints({{-0.0f, 1}, {1, 1}})));
+    EXPECT_TRUE(sameBits(hullOf({{0.0f, 1}, {-0.0f, 1}, {1, 1}}), CPoints({{0.0f, 1}, {1, 1}})));
+}
+
 TEST(ZqFtConvexHull2D, AllPointsEqualButOne)
 {
     for (unsigned int count : {2u, 3u, 100u, 10000u})

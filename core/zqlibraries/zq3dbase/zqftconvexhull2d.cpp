@@ -225,6 +225,26 @@ unsigned int pushConvex(CbVector2f* hull, unsigned int count, unsigned int botto
     hull[count] = p;
     return count + 1;
 }
+
+// The keys take -0 for +0, so a corner with a zero coordinate may have come back with the other sign:
+// such corners are replaced by the first input point equal to them. A strictly convex polygon has at
+// most two corners on each axis, so this is one pass over the input for at most four corners.
+void restoreSignedZeros(const CbArray<CbVector2f>& input, CbVector2f* hull, unsigned int count)
+{
+    unsigned int zeros[4];
+    unsigned int missing = 0;
+    for (unsigned int i = 0; i < count && missing < 4; ++i)
+        if (hull[i].x == 0.0f || hull[i].y == 0.0f)
+            zeros[missing++] = i;
+    for (unsigned int i = 0; i < input.GetCount() && missing > 0; ++i)
+        for (unsigned int k = 0; k < missing; ++k)
+            if (input[i] == hull[zeros[k]])
+            {
+                hull[zeros[k]] = input[i];
+                zeros[k] = zeros[--missing];
+                break;
+            }
+}
 } // namespace
 
 void ZqFtConvexHull2D::Compute(CbArray<CbVector2f>& points)
@@ -288,6 +308,7 @@ void ZqFtConvexHull2D::Compute(CbArray<CbVector2f>& points)
         count = pushConvex(hull.GetData(), count, lower, left) - 1;
     }
 
+    restoreSignedZeros(points, hull.GetData(), count);
     points.SetCount(count);
     std::copy_n(hull.GetData(), count, points.GetData());
 }

@@ -12,7 +12,8 @@
 //          corners, so collinear points are dropped:
 //              {(0,0), (1,0), (0,1), (10,0)}  ->  {(0,0), (10,0), (0,1)}
 //          An empty set stays empty, equal points give one point, points on one line give the two
-//          ends of their range.
+//          ends of their range. Every corner is an input point bit for bit (-0 stays -0); of equal
+//          points that differ only in the sign of a zero, the first in the input is the corner.
 // Failure: a NaN or infinite coordinate throws CbExceptionPreconditionViolation; points is then
 //          unchanged, as it is when an allocation throws CbExceptionMemory.
 //

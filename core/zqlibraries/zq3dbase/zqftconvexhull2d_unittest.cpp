@@ -5,30 +5,24 @@
 
 #include "basepool/cbexception.h"
 #include "zqbase/zqrandomseed.h"
-#include "zqbase/zqtestenvironment.h"
 #include "zqbase/zqunittest.h"
 
 #include <cmath>
 #include <cstdint>
-#include <optional>
+#include <iterator>
 #include <random>
 
 class ZqFtConvexHull2D_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqFtConvexHull2D_UnitTest)
-
-public:
-    ZqFtConvexHull2D_UnitTest() = default;
-    ZqFtConvexHull2D_UnitTest(const ZqFtConvexHull2D_UnitTest&) = default;
-    ZqFtConvexHull2D_UnitTest(ZqFtConvexHull2D_UnitTest&&) = default;
-    ZqFtConvexHull2D_UnitTest& operator=(const ZqFtConvexHull2D_UnitTest&) = default;
-    ZqFtConvexHull2D_UnitTest& operator=(ZqFtConvexHull2D_UnitTest&&) = default;
-    ~ZqFtConvexHull2D_UnitTest() override = default;
+    ZQ_DECLARE_SUBTEST_TABLE(ZqFtConvexHull2D_UnitTest)
 
 protected:
-    unsigned int getSubtestCount() const override { return 7; }
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
+    // The comparison of subtests 0, 1, 2 and 6: hull must be expected, up to its starting vertex.
+    static EResult matchHull(const CbArray<CbVector2f>& hull, const CbArray<CbVector2f>& expected);
+    // The check of a randomized case: no corner repeated by the next, no point of points outside a
+    // counter-clockwise edge by more than the relative tolerance.
+    static EResult checkRandomHull(const CbArray<CbVector2f>& points, const CbArray<CbVector2f>& hull);
 
 private:
     EResult runConvexHullUnitTestBugDetection0();
@@ -37,62 +31,46 @@ private:
     EResult runConvexHullUnitTestRandomized(bool integerCoordinates, bool rotatedGrid);
     EResult runConvexHullUnitTestSameXCoordinate();
 
-    // Runs the hull on a copy of input and compares it with expected, up to the starting vertex.
+    // Runs the hull on a copy of input and matches it with expected.
     static EResult compareHull(const CbArray<CbVector2f>& input, const CbArray<CbVector2f>& expected);
-    // One random point set drawn from seed, checked for duplicate corners and points outside.
+    // One random point set drawn from seed, its hull checked.
     static EResult runRandomizedCase(std::uint32_t seed, bool integerCoordinates, bool rotatedGrid);
-    void writeSeed(std::uint32_t seed) const
-    {
-        WriteMessageFormat(eInfo, L"Startwert des Zufallsgenerators: %d\n", static_cast<int>(seed));
-    }
+    static CbArray<CbVector2f> drawRandomPoints(std::uint32_t seed, bool integerCoordinates,
+                                                bool rotatedGrid);
 };
 
 CB_IMPLEMENT_RTTI(ZqFtConvexHull2D_UnitTest, ZqUnitTest::RTTI);
 
-CString ZqFtConvexHull2D_UnitTest::getSubtestName(unsigned int index)
-{
-    if (index > 6)
-        CB_THROW(CbException, "ZqFtConvexHull2D_UnitTest::getSubtestName");
-    static const wchar_t* const names[] = {
-        L"Konvexe Hülle, Test auf Bug mit Umlaufsinn",
-        L"Konvexe Hülle, Test auf Bug im Kollinearitäts-Test",
-        L"Konvexe Hülle von wenigen Punkten (0,1,2)",
-        L"Konvexe Hülle von zufälligen Punkten",
-        L"Konvexe Hülle von zufälligen Punkten (ganzzahlige Koordinaten)",
-        L"Konvexe Hülle von zufälligen Punkten (verdrehtes Gitter)",
-        L"Konvexe Hülle, mehrere extremale Punkte mit gleicher x-Koordinate",
-    };
-    return names[index];
-}
+const ZqSubtestRowOf<ZqFtConvexHull2D_UnitTest> ZqFtConvexHull2D_UnitTest::s_subtests[] = {
+    {"Konvexe Hülle, Test auf Bug mit Umlaufsinn",
+     &ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestBugDetection0},
+    {"Konvexe Hülle, Test auf Bug im Kollinearitäts-Test",
+     &ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestBugDetection1},
+    {"Konvexe Hülle von wenigen Punkten (0,1,2)",
+     &ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestSmallInput},
+    {"Konvexe Hülle von zufälligen Punkten",
+     [](ZqFtConvexHull2D_UnitTest& test) { return test.runConvexHullUnitTestRandomized(false, false); }},
+    {"Konvexe Hülle von zufälligen Punkten (ganzzahlige Koordinaten)",
+     [](ZqFtConvexHull2D_UnitTest& test) { return test.runConvexHullUnitTestRandomized(true, false); }},
+    {"Konvexe Hülle von zufälligen Punkten (verdrehtes Gitter)",
+     [](ZqFtConvexHull2D_UnitTest& test) { return test.runConvexHullUnitTestRandomized(true, true); }},
+    {"Konvexe Hülle, mehrere extremale Punkte mit gleicher x-Koordinate",
+     &ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestSameXCoordinate},
+};
 
-ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runUnitTest(unsigned int index)
-{
-    if (index > 6)
-        CB_THROW(CbException, "ZqFtConvexHull2D_UnitTest::runUnitTest");
-    switch (index)
-    {
-    case 0:
-        return runConvexHullUnitTestBugDetection0();
-    case 1:
-        return runConvexHullUnitTestBugDetection1();
-    case 2:
-        return runConvexHullUnitTestSmallInput();
-    case 3:
-        return runConvexHullUnitTestRandomized(false, false);
-    case 4:
-        return runConvexHullUnitTestRandomized(true, false);
-    case 5:
-        return runConvexHullUnitTestRandomized(true, true);
-    default:
-        return runConvexHullUnitTestSameXCoordinate();
-    }
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(ZqFtConvexHull2D_UnitTest)
 
 ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::compareHull(const CbArray<CbVector2f>& input,
                                                            const CbArray<CbVector2f>& expected)
 {
     CbArray<CbVector2f> hull(input);
     ZqFtConvexHull2D::Compute(hull);
+    return matchHull(hull, expected);
+}
+
+ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::matchHull(const CbArray<CbVector2f>& hull,
+                                                         const CbArray<CbVector2f>& expected)
+{
     const unsigned int n = hull.GetCount();
     if (n != expected.GetCount())
         return eFailed;
@@ -178,39 +156,22 @@ ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestSameXCoordin
 ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runConvexHullUnitTestRandomized(bool integerCoordinates,
                                                                                bool rotatedGrid)
 {
-    // A replayed seed is the seed of the one case that failed.
-    if (const std::optional<std::uint32_t> replay = ZqTestEnvironment::GetReplaySeed())
-    {
-        const EResult result = runRandomizedCase(*replay, integerCoordinates, rotatedGrid);
-        if (result != ePassed)
-            writeSeed(*replay);
-        return result;
-    }
-    std::mt19937 seeds(ZqRandomSeed::FromClock());
-    for (int i = 0; i < 5000; ++i)
-    {
-        const std::uint32_t seed = seeds();
-        EResult result;
-        try
-        {
-            result = runRandomizedCase(seed, integerCoordinates, rotatedGrid);
-        }
-        catch (...)
-        {
-            writeSeed(seed);
-            throw;
-        }
-        if (result != ePassed)
-        {
-            writeSeed(seed);
-            return result;
-        }
-    }
-    return ePassed;
+    return ZqRandomSeed::RunCases(*this, 5000,
+                                  [&](std::uint32_t seed)
+                                  { return runRandomizedCase(seed, integerCoordinates, rotatedGrid); });
 }
 
 ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runRandomizedCase(std::uint32_t seed, bool integerCoordinates,
                                                                  bool rotatedGrid)
+{
+    const CbArray<CbVector2f> points = drawRandomPoints(seed, integerCoordinates, rotatedGrid);
+    CbArray<CbVector2f> hull(points);
+    ZqFtConvexHull2D::Compute(hull);
+    return checkRandomHull(points, hull);
+}
+
+CbArray<CbVector2f> ZqFtConvexHull2D_UnitTest::drawRandomPoints(std::uint32_t seed, bool integerCoordinates,
+                                                                bool rotatedGrid)
 {
     std::mt19937 random(seed);
     const auto unit = [&random] { return double(random()) * (1.0 / 4294967296.0); };
@@ -240,9 +201,12 @@ ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::runRandomizedCase(std::uint32_t s
         for (CbVector2f& p : points)
             p = {a * p.x + b * p.y + 10.0f * c, d * p.x + e * p.y + 10.0f * f};
     }
+    return points;
+}
 
-    CbArray<CbVector2f> hull(points);
-    ZqFtConvexHull2D::Compute(hull);
+ZqUnitTest::EResult ZqFtConvexHull2D_UnitTest::checkRandomHull(const CbArray<CbVector2f>& points,
+                                                               const CbArray<CbVector2f>& hull)
+{
     const unsigned int n = hull.GetCount();
     for (unsigned int i = 0; n > 1 && i < n; ++i)
         if (hull[i] == hull[(i + 1) % n])

@@ -10,7 +10,6 @@
 #include "zqbase/cbtimer.h"
 #include "zqbase/zqbenchmark.h"
 #include "zqbase/zqrandomseed.h"
-#include "zqbase/zqtestenvironment.h"
 #include "zqbase/zqunittest.h"
 
 #include <algorithm>
@@ -92,11 +91,7 @@ constexpr unsigned int kBenchmarkSizes[] = {1000, 10000, 100000};
 class ZqMpFitLine2D_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqMpFitLine2D_UnitTest)
-
-protected:
-    unsigned int getSubtestCount() const override;
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
+    ZQ_DECLARE_SUBTEST_TABLE(ZqMpFitLine2D_UnitTest)
 
 private:
     // Both methods on growing point counts; the cases of one size form a group.
@@ -128,54 +123,20 @@ private:
     bool fit(ZqMpFitLine2D<CbArray<TVector>>& fitter, bool robust, const wchar_t* what);
     bool checkValue(const wchar_t* what, const wchar_t* quantity, double value, double expected,
                     double bound);
-    std::uint32_t startSeed();
 };
 
 CB_IMPLEMENT_RTTI(ZqMpFitLine2D_UnitTest, ZqUnitTest::RTTI);
 
-unsigned int ZqMpFitLine2D_UnitTest::getSubtestCount() const
-{
-    return 2;
-}
+const ZqSubtestRowOf<ZqMpFitLine2D_UnitTest> ZqMpFitLine2D_UnitTest::s_subtests[] = {
+    {"Unit-Test", &ZqMpFitLine2D_UnitTest::runFitUnitTest},
+    {"Benchmark", &ZqMpFitLine2D_UnitTest::runFitBenchmark},
+};
 
-CString ZqMpFitLine2D_UnitTest::getSubtestName(unsigned int index)
-{
-    switch (index)
-    {
-    case 0:
-        return L"Unit-Test";
-    case 1:
-        return L"Benchmark";
-    default:
-        CB_THROW(CbException, "ZqMpFitLine2D_UnitTest::getSubtestName");
-    }
-}
-
-ZqUnitTest::EResult ZqMpFitLine2D_UnitTest::runUnitTest(unsigned int index)
-{
-    switch (index)
-    {
-    case 0:
-        return runFitUnitTest();
-    case 1:
-        return runFitBenchmark();
-    default:
-        CB_THROW(CbException, "ZqMpFitLine2D_UnitTest::runUnitTest");
-    }
-}
-
-std::uint32_t ZqMpFitLine2D_UnitTest::startSeed()
-{
-    // Kept below 2^31 so that the seed printed with %d can be given back as it stands.
-    const std::uint32_t seed =
-        ZqTestEnvironment::GetReplaySeed().value_or(ZqRandomSeed::FromClock() & 0x7FFFFFFFu);
-    WriteMessageFormat(eInfo, L"Startwert des Zufallsgenerators: %d\n", seed);
-    return seed;
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(ZqMpFitLine2D_UnitTest)
 
 ZqUnitTest::EResult ZqMpFitLine2D_UnitTest::runFitUnitTest()
 {
-    std::mt19937 generator(startSeed());
+    std::mt19937 generator(ZqRandomSeed::Start(*this));
     EResult result = runExactLines<CbVector2f>();
     if (result == ePassed)
         result = runExactLines<CbVector2d>();

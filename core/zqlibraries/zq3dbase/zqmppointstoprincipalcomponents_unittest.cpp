@@ -7,11 +7,11 @@
 #include "basepool/cbvector3.h"
 #include "zq3dbase/zqmppointstoprincipalcomponents.h"
 #include "zqbase/zqrandomseed.h"
-#include "zqbase/zqtestenvironment.h"
 #include "zqbase/zqunittest.h"
 
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <random>
 #include <string>
 
@@ -72,11 +72,7 @@ double varianceAlong(const CbArray<CbVector3f>& points, const CbVector3d& direct
 class ZqMpPointsToPrincipalComponents_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqMpPointsToPrincipalComponents_UnitTest)
-
-protected:
-    unsigned int getSubtestCount() const override;
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
+    ZQ_DECLARE_SUBTEST_TABLE(ZqMpPointsToPrincipalComponents_UnitTest)
 
 private:
     EResult runEllipsoidCloud();
@@ -90,62 +86,20 @@ private:
     bool check(bool condition, const wchar_t* format, ...);
     // The axes are unit vectors, pairwise orthogonal, the variances ascending.
     bool checkFrame(const PrincipalComponents& components);
-    std::uint32_t startSeed();
 };
 
 CB_IMPLEMENT_RTTI(ZqMpPointsToPrincipalComponents_UnitTest, ZqUnitTest::RTTI);
 
-unsigned int ZqMpPointsToPrincipalComponents_UnitTest::getSubtestCount() const
-{
-    return 5;
-}
+const ZqSubtestRowOf<ZqMpPointsToPrincipalComponents_UnitTest>
+    ZqMpPointsToPrincipalComponents_UnitTest::s_subtests[] = {
+        {"Ellipsoidförmige Punktwolke", &ZqMpPointsToPrincipalComponents_UnitTest::runEllipsoidCloud},
+        {"Punkte auf einer Geraden", &ZqMpPointsToPrincipalComponents_UnitTest::runPointsOnLine},
+        {"Punkte in einer Ebene", &ZqMpPointsToPrincipalComponents_UnitTest::runPointsInPlane},
+        {"Weniger als drei Punkte", &ZqMpPointsToPrincipalComponents_UnitTest::runTooFewPoints},
+        {"Zweimalige Berechnung", &ZqMpPointsToPrincipalComponents_UnitTest::runComputeTwice},
+};
 
-CString ZqMpPointsToPrincipalComponents_UnitTest::getSubtestName(unsigned int index)
-{
-    switch (index)
-    {
-    case 0:
-        return L"Ellipsoidförmige Punktwolke";
-    case 1:
-        return L"Punkte auf einer Geraden";
-    case 2:
-        return L"Punkte in einer Ebene";
-    case 3:
-        return L"Weniger als drei Punkte";
-    case 4:
-        return L"Zweimalige Berechnung";
-    default:
-        CB_THROW(CbException, "ZqMpPointsToPrincipalComponents_UnitTest::getSubtestName");
-    }
-}
-
-ZqUnitTest::EResult ZqMpPointsToPrincipalComponents_UnitTest::runUnitTest(unsigned int index)
-{
-    switch (index)
-    {
-    case 0:
-        return runEllipsoidCloud();
-    case 1:
-        return runPointsOnLine();
-    case 2:
-        return runPointsInPlane();
-    case 3:
-        return runTooFewPoints();
-    case 4:
-        return runComputeTwice();
-    default:
-        CB_THROW(CbException, "ZqMpPointsToPrincipalComponents_UnitTest::runUnitTest");
-    }
-}
-
-std::uint32_t ZqMpPointsToPrincipalComponents_UnitTest::startSeed()
-{
-    // Kept below 2^31 so that the seed printed with %d can be given back as it stands.
-    const std::uint32_t seed =
-        ZqTestEnvironment::GetReplaySeed().value_or(ZqRandomSeed::FromClock() & 0x7FFFFFFFu);
-    WriteMessageFormat(eInfo, L"Startwert des Zufallsgenerators: %d\n", seed);
-    return seed;
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(ZqMpPointsToPrincipalComponents_UnitTest)
 
 bool ZqMpPointsToPrincipalComponents_UnitTest::check(bool condition, const wchar_t* format, ...)
 {
@@ -195,7 +149,7 @@ bool ZqMpPointsToPrincipalComponents_UnitTest::checkFrame(const PrincipalCompone
 
 ZqUnitTest::EResult ZqMpPointsToPrincipalComponents_UnitTest::runEllipsoidCloud()
 {
-    std::mt19937 generator(startSeed());
+    std::mt19937 generator(ZqRandomSeed::Start(*this));
     const SFrame frame = randomFrame(generator);
     const CbVector3d centre = randomCentre(generator);
     const double deviations[3] = {0.5, 2.0, 5.0};
@@ -237,7 +191,7 @@ ZqUnitTest::EResult ZqMpPointsToPrincipalComponents_UnitTest::runEllipsoidCloud(
 
 ZqUnitTest::EResult ZqMpPointsToPrincipalComponents_UnitTest::runPointsOnLine()
 {
-    std::mt19937 generator(startSeed());
+    std::mt19937 generator(ZqRandomSeed::Start(*this));
     const CbVector3d direction = randomFrame(generator).axes[0];
     const CbVector3d centre = randomCentre(generator);
     std::uniform_real_distribution<double> parameter(-10.0, 10.0);
@@ -264,7 +218,7 @@ ZqUnitTest::EResult ZqMpPointsToPrincipalComponents_UnitTest::runPointsOnLine()
 
 ZqUnitTest::EResult ZqMpPointsToPrincipalComponents_UnitTest::runPointsInPlane()
 {
-    std::mt19937 generator(startSeed());
+    std::mt19937 generator(ZqRandomSeed::Start(*this));
     const SFrame frame = randomFrame(generator);
     const CbVector3d centre = randomCentre(generator);
     std::uniform_real_distribution<double> u(-10.0, 10.0), v(-3.0, 3.0);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "basepool/cstring.h"
+#include "zqbase/detail/zqdigestinput.h"
 #include "zqbase/zqbase_export.h"
-#include "zqbase/zqdigestinput.h"
 
 #include <array>
 #include <cstddef>

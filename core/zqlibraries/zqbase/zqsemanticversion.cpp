@@ -79,28 +79,28 @@ SParsed parse(const char* text, const char* function)
 } // namespace
 
 ZqSemanticVersion::ZqSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch)
-    : m_major(major), m_minor(minor), m_patch(patch)
+    : major{major}, minor{minor}, patch{patch}
 {
 }
 
 ZqSemanticVersion::ZqSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch,
                                      const char* label)
-    : m_major(major), m_minor(minor), m_patch(patch), m_label(label ? label : "")
+    : major{major}, minor{minor}, patch{patch}, m_label{label ? label : ""}
 {
 }
 
 ZqSemanticVersion::ZqSemanticVersion(std::uint32_t major, std::uint32_t minor, std::uint32_t patch,
                                      const wchar_t* label)
-    : m_major(major), m_minor(minor), m_patch(patch), m_label(label ? CbWideToUtf8(label) : std::string())
+    : major{major}, minor{minor}, patch{patch}, m_label{label ? CbWideToUtf8(label) : std::string()}
 {
 }
 
 ZqSemanticVersion::ZqSemanticVersion(const char* text)
 {
     SParsed parsed = parse(text, "ZqSemanticVersion::ZqSemanticVersion");
-    m_major = parsed.numbers[0];
-    m_minor = parsed.numbers[1];
-    m_patch = parsed.numbers[2];
+    major = parsed.numbers[0];
+    minor = parsed.numbers[1];
+    patch = parsed.numbers[2];
     m_label = std::move(parsed.label);
 }
 
@@ -110,8 +110,8 @@ ZqSemanticVersion::ZqSemanticVersion(const wchar_t* text)
 }
 
 ZqSemanticVersion::ZqSemanticVersion(ZqSemanticVersion&& other) noexcept
-    : m_major(std::exchange(other.m_major, 0)), m_minor(std::exchange(other.m_minor, 0)),
-      m_patch(std::exchange(other.m_patch, 0)), m_label(std::move(other.m_label))
+    : major{std::exchange(other.major, 0)}, minor{std::exchange(other.minor, 0)},
+      patch{std::exchange(other.patch, 0)}, m_label{std::move(other.m_label)}
 {
     other.m_label.clear();
 }
@@ -122,9 +122,9 @@ ZqSemanticVersion& ZqSemanticVersion::operator=(ZqSemanticVersion&& other) noexc
 {
     if (this != &other)
     {
-        m_major = std::exchange(other.m_major, 0);
-        m_minor = std::exchange(other.m_minor, 0);
-        m_patch = std::exchange(other.m_patch, 0);
+        major = std::exchange(other.major, 0);
+        minor = std::exchange(other.minor, 0);
+        patch = std::exchange(other.patch, 0);
         m_label = std::move(other.m_label);
         other.m_label.clear();
     }
@@ -134,9 +134,9 @@ ZqSemanticVersion& ZqSemanticVersion::operator=(ZqSemanticVersion&& other) noexc
 ZqSemanticVersion& ZqSemanticVersion::operator=(const char* text)
 {
     SParsed parsed = parse(text, "ZqSemanticVersion::operator=");
-    m_major = parsed.numbers[0];
-    m_minor = parsed.numbers[1];
-    m_patch = parsed.numbers[2];
+    major = parsed.numbers[0];
+    minor = parsed.numbers[1];
+    patch = parsed.numbers[2];
     m_label = std::move(parsed.label);
     return *this;
 }
@@ -155,8 +155,7 @@ void ZqSemanticVersion::SetLabel(const char* label)
 
 std::string ZqSemanticVersion::ToString() const
 {
-    std::string text =
-        std::to_string(m_major) + '.' + std::to_string(m_minor) + '.' + std::to_string(m_patch);
+    std::string text = std::to_string(major) + '.' + std::to_string(minor) + '.' + std::to_string(patch);
     if (!m_label.empty())
         text += '-' + m_label;
     return text;

@@ -49,9 +49,6 @@ public:
     ZqSemanticVersion& operator=(const char* text);
     ZqSemanticVersion& operator=(const wchar_t* text);
 
-    std::uint32_t GetMajor() const { return m_major; }
-    std::uint32_t GetMinor() const { return m_minor; }
-    std::uint32_t GetPatch() const { return m_patch; }
     const std::string& GetLabel() const { return m_label; }
     bool HasLabel() const { return !m_label.empty(); }
     // Any text, kept verbatim; null or "" removes the label.
@@ -62,20 +59,23 @@ public:
 
     friend bool operator==(const ZqSemanticVersion& a, const ZqSemanticVersion& b)
     {
-        return a.m_major == b.m_major && a.m_minor == b.m_minor && a.m_patch == b.m_patch;
+        return a.major == b.major && a.minor == b.minor && a.patch == b.patch;
     }
     friend std::weak_ordering operator<=>(const ZqSemanticVersion& a, const ZqSemanticVersion& b)
     {
-        if (a.m_major != b.m_major)
-            return a.m_major <=> b.m_major;
-        if (a.m_minor != b.m_minor)
-            return a.m_minor <=> b.m_minor;
-        return a.m_patch <=> b.m_patch;
+        if (a.major != b.major)
+            return a.major <=> b.major;
+        if (a.minor != b.minor)
+            return a.minor <=> b.minor;
+        return a.patch <=> b.patch;
     }
 
+    // The C library's <sys/sysmacros.h> defines major() and minor() as function-like macros: never
+    // write one of these names directly before a parenthesis (initialise with braces).
+    std::uint32_t major = 0;
+    std::uint32_t minor = 0;
+    std::uint32_t patch = 0;
+
 private:
-    std::uint32_t m_major = 0;
-    std::uint32_t m_minor = 0;
-    std::uint32_t m_patch = 0;
     std::string m_label;
 };

@@ -14,12 +14,6 @@ class ZqSemanticVersion_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqSemanticVersion_UnitTest)
 
-public:
-    ZqSemanticVersion_UnitTest() = default;
-    ZqSemanticVersion_UnitTest(const ZqSemanticVersion_UnitTest&) = default;
-    ZqSemanticVersion_UnitTest& operator=(const ZqSemanticVersion_UnitTest&) = default;
-    ~ZqSemanticVersion_UnitTest() override = default;
-
 protected:
     EResult runUnitTest(unsigned int index) override;
 
@@ -56,8 +50,8 @@ namespace
 {
 CString describe(const ZqSemanticVersion& version)
 {
-    return CbFormat(L"%u.%u.%u Label \"%S\" (\"%S\")", version.GetMajor(), version.GetMinor(),
-                    version.GetPatch(), version.GetLabel().c_str(), version.ToString().c_str());
+    return CbFormat(L"%u.%u.%u Label \"%S\" (\"%S\")", version.major, version.minor, version.patch,
+                    version.GetLabel().c_str(), version.ToString().c_str());
 }
 
 CString textOf(const char* text)
@@ -74,8 +68,8 @@ CString textOf(const wchar_t* text)
 bool ZqSemanticVersion_UnitTest::expect(const ZqSemanticVersion& version, const SExpected& expected,
                                         const CString& what) const
 {
-    const bool fields = version.GetMajor() == expected.major && version.GetMinor() == expected.minor &&
-                        version.GetPatch() == expected.patch && version.GetLabel() == expected.label;
+    const bool fields = version.major == expected.major && version.minor == expected.minor &&
+                        version.patch == expected.patch && version.GetLabel() == expected.label;
     if (fields && (!expected.text || version.ToString() == expected.text))
         return true;
     WriteMessageFormat(eError, L"%s: erwartet %u.%u.%u Label \"%S\"%S%S, erhalten %s\n", what.GetString(),

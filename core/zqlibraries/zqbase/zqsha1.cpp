@@ -2,7 +2,7 @@
 
 #include "basepool/cbexception.h"
 #include "basepool/cstring.h"
-#include "zqbase/zqsha1_blocks.h"
+#include "zqbase/detail/zqsha1_blocks.h"
 
 #include <algorithm>
 #include <bit>

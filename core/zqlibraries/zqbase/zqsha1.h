@@ -1,7 +1,7 @@
 #pragma once
 
+#include "zqbase/detail/zqdigestinput.h"
 #include "zqbase/zqbase_export.h"
-#include "zqbase/zqdigestinput.h"
 
 #include <array>
 #include <cstddef>

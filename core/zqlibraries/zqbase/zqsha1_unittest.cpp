@@ -40,12 +40,6 @@ class ZqSHA1_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqSHA1_UnitTest)
 
-public:
-    ZqSHA1_UnitTest() = default;
-    ZqSHA1_UnitTest(const ZqSHA1_UnitTest&) = default;
-    ZqSHA1_UnitTest& operator=(const ZqSHA1_UnitTest&) = default;
-    ~ZqSHA1_UnitTest() override = default;
-
 protected:
     EResult runUnitTest(unsigned int index) override;
 

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "basepool/cbexception.h"
 #include "basepool/cbrtti.h"
 #include "basepool/cstring.h"
 #include "zqbase/zqbase_export.h"
 
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -99,16 +101,44 @@ private:
     Sink m_sink;
 };
 
-// One row of a static subtest table: the name and the function that runs the subtest.
+// One row of a static subtest table: the subtest's name and what runs it. A class whose subtests are a
+// list keeps them as a table of its own member functions (or lambdas taking the test), so that adding a
+// subtest is adding a row; two macros supply the table's declaration and the three hooks over it:
 //
-//     static const ZqSubtestRow s_rows[] = {
-//         {"Compare / operator ==", [] { ...; return ZqUnitTest::ePassed; }},
+//     class CbFoo_UnitTest : public ZqUnitTest
+//     {
+//         CB_DECLARE_RTTI(CbFoo_UnitTest)
+//         ZQ_DECLARE_SUBTEST_TABLE(CbFoo_UnitTest)   // getSubtestCount, getSubtestName, runUnitTest
+//
+//     private:
+//         EResult runSmall();
+//         EResult runRandomized(bool integer);
 //     };
-struct ZqSubtestRow
+//     CB_IMPLEMENT_RTTI(CbFoo_UnitTest, ZqUnitTest::RTTI);
+//
+//     const ZqSubtestRowOf<CbFoo_UnitTest> CbFoo_UnitTest::s_subtests[] = {
+//         {"Kleine Eingaben", &CbFoo_UnitTest::runSmall},
+//         {"Zufällige Eingaben", [](CbFoo_UnitTest& test) { return test.runRandomized(false); }},
+//     };
+//     ZQ_IMPLEMENT_SUBTEST_TABLE(CbFoo_UnitTest)
+//
+// An index past the table throws CbException from the class's own file, naming the hook
+// ("CbFoo_UnitTest::getSubtestName", "CbFoo_UnitTest::runUnitTest"). Names are UTF-8. Rows that need no
+// test object (free functions reporting through ZqFail) are ZqSubtestRow, whose function takes no
+// argument.
+template <class Test = void> struct ZqSubtestRowOf
+{
+    const char* name;
+    std::function<ZqUnitTest::EResult(Test&)> function;
+};
+
+template <> struct ZqSubtestRowOf<void>
 {
     const char* name;
     std::function<ZqUnitTest::EResult()> function;
 };
+
+using ZqSubtestRow = ZqSubtestRowOf<void>;
 
 // Writes text as an error under the test whose subtest runs on this thread, if any, and returns
 // eFailed; for table rows and helpers.
@@ -119,3 +149,33 @@ template <class... Args> ZqUnitTest::EResult ZqFail(const wchar_t* format, const
 {
     return ZqFailText(CbFormat(format, args...));
 }
+
+// In a test class: declares the three hooks (protected) and the class's subtest table s_subtests; leaves
+// the access at private.
+#define ZQ_DECLARE_SUBTEST_TABLE(Class)                                                                      \
+protected:                                                                                                   \
+    unsigned int getSubtestCount() const override;                                                           \
+    CString getSubtestName(unsigned int index) override;                                                     \
+    EResult runUnitTest(unsigned int index) override;                                                        \
+                                                                                                             \
+private:                                                                                                     \
+    static const ZqSubtestRowOf<Class> s_subtests[];
+
+// After the definition of Class::s_subtests: defines the three hooks over it.
+#define ZQ_IMPLEMENT_SUBTEST_TABLE(Class)                                                                    \
+    unsigned int Class::getSubtestCount() const                                                              \
+    {                                                                                                        \
+        return static_cast<unsigned int>(std::size(s_subtests));                                             \
+    }                                                                                                        \
+    CString Class::getSubtestName(unsigned int index)                                                        \
+    {                                                                                                        \
+        if (index >= std::size(s_subtests))                                                                  \
+            CB_THROW(CbException, #Class "::getSubtestName");                                                \
+        return CString(s_subtests[index].name);                                                              \
+    }                                                                                                        \
+    ZqUnitTest::EResult Class::runUnitTest(unsigned int index)                                               \
+    {                                                                                                        \
+        if (index >= std::size(s_subtests))                                                                  \
+            CB_THROW(CbException, #Class "::runUnitTest");                                                   \
+        return s_subtests[index].function(*this);                                                            \
+    }

@@ -32,6 +32,11 @@
 //                 matrix alone); otherwise the eigenvectors are the rows of *matrix.
 //   work          n x 1 scratch of the symmetric method (the off-diagonal of the tridiagonal form).
 // GetEigenvectors() returns whichever matrix holds the eigenvectors.
+// Both methods work on a matrix whose largest magnitude lies far out in the range of T (beyond 2^+-256
+// for double) scaled by a power of two that brings it to [0.5, 1), and scale the eigenvalues back: over
+// the whole range of double, small matrices keep their off-diagonal terms out of the subnormals and
+// large ones do not overflow. Matrices of ordinary magnitude are not scaled; for them it would change
+// no bit.
 // Failure: Compute throws CbExceptionPreconditionViolation for bad flags, a missing or non-square
 // matrix and a call while another Compute of the same solver runs; CbException when a method does
 // not converge (the outputs then hold the last state and are not meaningful).
@@ -73,9 +78,17 @@ public:
 private:
     void computeSymmetric();
     void computeJacobi();
+    bool jacobiSweep(int sweep);
+    static void jacobiRotate(ZqMatrix<T>& a, ZqMatrix<T>& v, T* d, T* z, std::size_t p, std::size_t q, T t);
     void sort(T multiplier);
     void tridiagonalize(ZqMatrix<T>& a, T* d, T* e);
+    static T householderVector(ZqMatrix<T>& a, std::size_t k, T* v);
+    static void reflectTrailingBlock(ZqMatrix<T>& a, std::size_t k, const T* v, T h, T* p);
+    static void reflectRows(ZqMatrix<T>& q, std::size_t k, const T* v, T h);
     static void solveTridiagonalQL(T* d, T* e, ZqMatrix<T>& vectors);
+    static int scaleExponent(const ZqMatrix<T>& a, bool upper);
+    static void scaleTriangle(ZqMatrix<T>& a, bool upper, bool diagonal, int exponent);
+    static void rotatePair(T& x, T& y, T s, T tau);
     static T pythagoras(T a, T b);
     [[noreturn]] static void throwPrecondition(const char* reason);
     [[noreturn]] static void throwNotConverged(const char* reason);
@@ -132,8 +145,55 @@ template <class T> void ZqEigenSolver<T>::computeSymmetric()
         *eigenvectors = *matrix;
         vectors = eigenvectors.get();
     }
-    tridiagonalize(*vectors, eigenvalues->GetData(), work->GetData());
-    solveTridiagonalQL(eigenvalues->GetData(), work->GetData(), *vectors);
+    const int exponent = scaleExponent(*vectors, false);
+    scaleTriangle(*vectors, false, true, -exponent);
+    T* d = eigenvalues->GetData();
+    tridiagonalize(*vectors, d, work->GetData());
+    solveTridiagonalQL(d, work->GetData(), *vectors);
+    for (std::size_t i = 0; i < n; ++i)
+        d[i] = std::ldexp(d[i], exponent);
+}
+
+// The exponent e with 2^(e - 1) <= largest magnitude < 2^e over the upper or the lower triangle
+// (diagonal included), when that magnitude lies outside [2^-(m/4), 2^(m/4)) (m the largest exponent of T:
+// 1024 for double) and so close enough to either end of T's range for squares of elements or of their
+// small differences to overflow or fall into the subnormals; 0 otherwise, and for a zero matrix or one
+// with an infinite element. Within that band the scaling would change no bit, so it is left out.
+template <class T> int ZqEigenSolver<T>::scaleExponent(const ZqMatrix<T>& a, bool upper)
+{
+    const std::size_t n = a.GetRows();
+    T largest = T(0);
+    for (std::size_t i = 0; i < n; ++i)
+        for (std::size_t j = upper ? i : 0; j < (upper ? n : i + 1); ++j)
+            largest = std::max(largest, std::abs(a(i, j)));
+    constexpr T high = []
+    {
+        T power = T(1);
+        for (int i = 0; i < std::numeric_limits<T>::max_exponent / 4; ++i)
+            power *= T(2);
+        return power;
+    }();
+    constexpr T low = T(1) / high;
+    int exponent = 0;
+    if (largest > T(0) && (largest < low || largest >= high) && std::isfinite(largest))
+        std::frexp(largest, &exponent);
+    return exponent;
+}
+
+// Multiplies the upper or the lower triangle, with or without the diagonal, by 2^exponent (exact).
+template <class T>
+void ZqEigenSolver<T>::scaleTriangle(ZqMatrix<T>& a, bool upper, bool diagonal, int exponent)
+{
+    if (exponent == 0)
+        return;
+    const std::size_t n = a.GetRows();
+    for (std::size_t i = 0; i < n; ++i)
+    {
+        const std::size_t first = upper ? (diagonal ? i : i + 1) : 0;
+        const std::size_t end = upper ? n : (diagonal ? i + 1 : i);
+        for (std::size_t j = first; j < end; ++j)
+            a(i, j) = std::ldexp(a(i, j), exponent);
+    }
 }
 
 // Householder reduction of the symmetric matrix a (lower triangle) to the tridiagonal Q^T A Q:
@@ -151,57 +211,11 @@ template <class T> void ZqEigenSolver<T>::tridiagonalize(ZqMatrix<T>& a, T* d, T
     T* p = v + n;
     for (std::size_t k = 0; k + 2 < n; ++k)
     {
-        // Reflect a(k + 1 .. n - 1, k) onto a multiple of the first unit vector. The column is scaled
-        // by its largest magnitude so that squaring it can neither overflow nor underflow.
-        T scale = T(0);
-        for (std::size_t i = k + 1; i < n; ++i)
-            scale = std::max(scale, std::abs(a(i, k)));
-        if (scale == T(0))
-            continue;
-        T norm2 = T(0);
-        for (std::size_t i = k + 1; i < n; ++i)
-        {
-            v[i] = a(i, k) / scale;
-            norm2 += v[i] * v[i];
-        }
-        const T alpha = v[k + 1] > T(0) ? -std::sqrt(norm2) : std::sqrt(norm2);
-        // H = I - v v^T / h with v = x - alpha e1 and h = |v|^2 / 2 = norm2 - alpha x1.
-        const T h = norm2 - alpha * v[k + 1];
-        v[k + 1] -= alpha;
+        const T h = householderVector(a, k, v);
         if (h == T(0))
             continue;
-
-        // p = A v / h over the trailing block, then w = p - (v^T p / 2h) v; H A H = A - v w^T - w v^T.
-        T vp = T(0);
-        for (std::size_t i = k + 1; i < n; ++i)
-        {
-            T sum = T(0);
-            for (std::size_t j = k + 1; j < n; ++j)
-                sum += (i >= j ? a(i, j) : a(j, i)) * v[j];
-            p[i] = sum / h;
-            vp += v[i] * p[i];
-        }
-        const T half = vp / (h + h);
-        for (std::size_t i = k + 1; i < n; ++i)
-            p[i] -= half * v[i];
-        for (std::size_t i = k + 1; i < n; ++i)
-            for (std::size_t j = k + 1; j <= i; ++j)
-                a(i, j) -= v[i] * p[j] + p[i] * v[j];
-        a(k + 1, k) = alpha * scale;
-        for (std::size_t i = k + 2; i < n; ++i)
-            a(i, k) = T(0);
-
-        // Q^T <- H Q^T on rows k + 1 .. n - 1.
-        for (std::size_t c = 0; c < n; ++c)
-        {
-            T dot = T(0);
-            for (std::size_t i = k + 1; i < n; ++i)
-                dot += v[i] * q(i, c);
-            dot /= h;
-            if (dot != T(0))
-                for (std::size_t i = k + 1; i < n; ++i)
-                    q(i, c) -= dot * v[i];
-        }
+        reflectTrailingBlock(a, k, v, h, p);
+        reflectRows(q, k, v, h);
     }
     for (std::size_t i = 0; i < n; ++i)
     {
@@ -209,6 +223,76 @@ template <class T> void ZqEigenSolver<T>::tridiagonalize(ZqMatrix<T>& a, T* d, T
         e[i] = i + 1 < n ? a(i + 1, i) : T(0);
     }
     std::copy(q.GetData(), q.GetData() + n * n, a.GetData());
+}
+
+// The reflection H = I - v v^T / h that maps a(k + 1 .. n - 1, k) onto a multiple alpha of the first
+// unit vector: fills v[k + 1 .. n - 1], writes alpha and the zeros below it into column k and returns
+// h = |v|^2 / 2; returns 0 (and leaves a alone) when the column is zero already.
+template <class T> T ZqEigenSolver<T>::householderVector(ZqMatrix<T>& a, std::size_t k, T* v)
+{
+    const std::size_t n = a.GetRows();
+    // The column is scaled by its largest magnitude so that squaring it can neither overflow nor
+    // underflow.
+    T scale = T(0);
+    for (std::size_t i = k + 1; i < n; ++i)
+        scale = std::max(scale, std::abs(a(i, k)));
+    if (scale == T(0))
+        return T(0);
+    T norm2 = T(0);
+    for (std::size_t i = k + 1; i < n; ++i)
+    {
+        v[i] = a(i, k) / scale;
+        norm2 += v[i] * v[i];
+    }
+    const T alpha = v[k + 1] > T(0) ? -std::sqrt(norm2) : std::sqrt(norm2);
+    // v = x - alpha e1 and h = |v|^2 / 2 = norm2 - alpha x1.
+    const T h = norm2 - alpha * v[k + 1];
+    v[k + 1] -= alpha;
+    if (h == T(0))
+        return T(0);
+    a(k + 1, k) = alpha * scale;
+    for (std::size_t i = k + 2; i < n; ++i)
+        a(i, k) = T(0);
+    return h;
+}
+
+// A <- H A H on the trailing block k + 1 .. n - 1 of the lower triangle, with p as scratch:
+// p = A v / h, w = p - (v^T p / 2h) v, H A H = A - v w^T - w v^T.
+template <class T>
+void ZqEigenSolver<T>::reflectTrailingBlock(ZqMatrix<T>& a, std::size_t k, const T* v, T h, T* p)
+{
+    const std::size_t n = a.GetRows();
+    T vp = T(0);
+    for (std::size_t i = k + 1; i < n; ++i)
+    {
+        T sum = T(0);
+        for (std::size_t j = k + 1; j < n; ++j)
+            sum += (i >= j ? a(i, j) : a(j, i)) * v[j];
+        p[i] = sum / h;
+        vp += v[i] * p[i];
+    }
+    const T half = vp / (h + h);
+    for (std::size_t i = k + 1; i < n; ++i)
+        p[i] -= half * v[i];
+    for (std::size_t i = k + 1; i < n; ++i)
+        for (std::size_t j = k + 1; j <= i; ++j)
+            a(i, j) -= v[i] * p[j] + p[i] * v[j];
+}
+
+// Q^T <- H Q^T on rows k + 1 .. n - 1.
+template <class T> void ZqEigenSolver<T>::reflectRows(ZqMatrix<T>& q, std::size_t k, const T* v, T h)
+{
+    const std::size_t n = q.GetRows();
+    for (std::size_t c = 0; c < n; ++c)
+    {
+        T dot = T(0);
+        for (std::size_t i = k + 1; i < n; ++i)
+            dot += v[i] * q(i, c);
+        dot /= h;
+        if (dot != T(0))
+            for (std::size_t i = k + 1; i < n; ++i)
+                q(i, c) -= dot * v[i];
+    }
 }
 
 // Implicit QL with Wilkinson shifts on the tridiagonal (d, e); the rotations are applied to rows of
@@ -303,85 +387,112 @@ template <class T> void ZqEigenSolver<T>::computeJacobi()
     eigenvectors->Resize(n, n);
     for (std::size_t i = 0; i < n; ++i)
         (*eigenvectors)(i, i) = T(1);
-    ZqMatrix<T>& v = *eigenvectors;
     T* d = eigenvalues->GetData();
 
+    // The rotations overwrite the upper triangle, so it is scaled in place; the diagonal is read once.
+    const int exponent = scaleExponent(a, true);
+    scaleTriangle(a, true, false, -exponent);
     // b: the diagonal at the start of the sweep, z: what the sweep's rotations added to it. Summing
     // the updates separately keeps rounding from accumulating in d.
     m_scratch.assign(2 * n, T(0));
     T* b = m_scratch.data();
-    T* z = b + n;
     for (std::size_t i = 0; i < n; ++i)
-        b[i] = d[i] = a(i, i);
-
-    const auto rotate = [](T& x, T& y, T s, T tau)
-    {
-        const T g = x, h = y;
-        x = g - s * (h + g * tau);
-        y = h + s * (g - h * tau);
-    };
+        b[i] = d[i] = std::ldexp(a(i, i), -exponent);
 
     for (int sweep = 1; sweep <= kMaxJacobiSweeps; ++sweep)
-    {
-        T offDiagonal = T(0);
-        for (std::size_t p = 0; p + 1 < n; ++p)
-            for (std::size_t q = p + 1; q < n; ++q)
-                offDiagonal += std::abs(a(p, q));
-        if (offDiagonal == T(0))
-            return;
-        // Early sweeps leave small elements for later, when the large ones are gone.
-        const T threshold = sweep < 4 ? T(0.2) * offDiagonal / T(n * n) : T(0);
-        for (std::size_t p = 0; p + 1 < n; ++p)
-            for (std::size_t q = p + 1; q < n; ++q)
-            {
-                const T apq = a(p, q);
-                const T g = T(100) * std::abs(apq);
-                if (sweep > 4 && std::abs(d[p]) + g == std::abs(d[p]) && std::abs(d[q]) + g == std::abs(d[q]))
-                {
-                    a(p, q) = T(0);
-                    continue;
-                }
-                if (std::abs(apq) <= threshold)
-                    continue;
-                T h = d[q] - d[p];
-                T t;
-                if (std::abs(h) + g == std::abs(h))
-                    t = apq / h;
-                else
-                {
-                    const T theta = T(0.5) * h / apq;
-                    t = T(1) / (std::abs(theta) + std::sqrt(T(1) + theta * theta));
-                    if (theta < T(0))
-                        t = -t;
-                }
-                const T c = T(1) / std::sqrt(T(1) + t * t);
-                const T s = t * c;
-                const T tau = s / (T(1) + c);
-                h = t * apq;
-                z[p] -= h;
-                z[q] += h;
-                d[p] -= h;
-                d[q] += h;
-                a(p, q) = T(0);
-                for (std::size_t j = 0; j < p; ++j)
-                    rotate(a(j, p), a(j, q), s, tau);
-                for (std::size_t j = p + 1; j < q; ++j)
-                    rotate(a(p, j), a(j, q), s, tau);
-                for (std::size_t j = q + 1; j < n; ++j)
-                    rotate(a(p, j), a(q, j), s, tau);
-                T* vp = v.GetRow(p);
-                T* vq = v.GetRow(q);
-                for (std::size_t j = 0; j < n; ++j)
-                    rotate(vp[j], vq[j], s, tau);
-            }
-        for (std::size_t i = 0; i < n; ++i)
+        if (jacobiSweep(sweep))
         {
-            b[i] += z[i];
-            d[i] = b[i];
-            z[i] = T(0);
+            for (std::size_t i = 0; i < n; ++i)
+                d[i] = std::ldexp(d[i], exponent);
+            return;
         }
-    }
     throwNotConverged("Jacobi rotations did not converge");
+}
+
+// One cyclic sweep over the upper triangle; true when there was nothing left to rotate.
+template <class T> bool ZqEigenSolver<T>::jacobiSweep(int sweep)
+{
+    ZqMatrix<T>& a = *matrix;
+    const std::size_t n = a.GetRows();
+    T* d = eigenvalues->GetData();
+    T* b = m_scratch.data();
+    T* z = b + n;
+    T offDiagonal = T(0);
+    for (std::size_t p = 0; p + 1 < n; ++p)
+        for (std::size_t q = p + 1; q < n; ++q)
+            offDiagonal += std::abs(a(p, q));
+    if (offDiagonal == T(0))
+        return true;
+    // Early sweeps leave small elements for later, when the large ones are gone.
+    const T threshold = sweep < 4 ? T(0.2) * offDiagonal / T(n * n) : T(0);
+    for (std::size_t p = 0; p + 1 < n; ++p)
+        for (std::size_t q = p + 1; q < n; ++q)
+        {
+            const T apq = a(p, q);
+            const T g = T(100) * std::abs(apq);
+            // After the fourth sweep an element too small to change either diagonal is dropped.
+            if (sweep > 4 && std::abs(d[p]) + g == std::abs(d[p]) && std::abs(d[q]) + g == std::abs(d[q]))
+            {
+                a(p, q) = T(0);
+                continue;
+            }
+            if (std::abs(apq) <= threshold)
+                continue;
+            const T h = d[q] - d[p];
+            T t;
+            if (std::abs(h) + g == std::abs(h))
+                t = apq / h;
+            else
+            {
+                const T theta = T(0.5) * h / apq;
+                t = T(1) / (std::abs(theta) + std::sqrt(T(1) + theta * theta));
+                if (theta < T(0))
+                    t = -t;
+            }
+            jacobiRotate(a, *eigenvectors, d, z, p, q, t);
+        }
+    for (std::size_t i = 0; i < n; ++i)
+    {
+        b[i] += z[i];
+        d[i] = b[i];
+        z[i] = T(0);
+    }
+    return false;
+}
+
+// The rotation with tangent t that zeroes a(p, q), applied to the upper triangle, the diagonal and the
+// eigenvector rows p and q.
+template <class T>
+void ZqEigenSolver<T>::jacobiRotate(ZqMatrix<T>& a, ZqMatrix<T>& v, T* d, T* z, std::size_t p, std::size_t q,
+                                    T t)
+{
+    const std::size_t n = a.GetRows();
+    const T c = T(1) / std::sqrt(T(1) + t * t);
+    const T s = t * c;
+    const T tau = s / (T(1) + c);
+    const T h = t * a(p, q);
+    z[p] -= h;
+    z[q] += h;
+    d[p] -= h;
+    d[q] += h;
+    a(p, q) = T(0);
+    for (std::size_t j = 0; j < p; ++j)
+        rotatePair(a(j, p), a(j, q), s, tau);
+    for (std::size_t j = p + 1; j < q; ++j)
+        rotatePair(a(p, j), a(j, q), s, tau);
+    for (std::size_t j = q + 1; j < n; ++j)
+        rotatePair(a(p, j), a(q, j), s, tau);
+    T* vp = v.GetRow(p);
+    T* vq = v.GetRow(q);
+    for (std::size_t j = 0; j < n; ++j)
+        rotatePair(vp[j], vq[j], s, tau);
+}
+
+template <class T> void ZqEigenSolver<T>::rotatePair(T& x, T& y, T s, T tau)
+{
+    const T g = x, h = y;
+    x = g - s * (h + g * tau);
+    y = h + s * (g - h * tau);
 }
 
 // Selection sort by multiplier * value, largest first; ties keep the earlier index. The eigenvector

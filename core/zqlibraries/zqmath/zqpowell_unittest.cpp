@@ -6,15 +6,12 @@
 #include "zqmath/zqpowell.h"
 
 #include <cmath>
+#include <iterator>
 
 class ZqPowell_UnitTest : public ZqUnitTest
 {
     CB_DECLARE_RTTI(ZqPowell_UnitTest)
-
-protected:
-    unsigned int getSubtestCount() const override;
-    CString getSubtestName(unsigned int index) override;
-    EResult runUnitTest(unsigned int index) override;
+    ZQ_DECLARE_SUBTEST_TABLE(ZqPowell_UnitTest)
 
 private:
     using Powell = ZqPowell<float, ZqPowell_UnitTest>;
@@ -27,41 +24,17 @@ private:
 
 CB_IMPLEMENT_RTTI(ZqPowell_UnitTest, ZqUnitTest::RTTI);
 
-unsigned int ZqPowell_UnitTest::getSubtestCount() const
-{
-    return 3;
-}
+const ZqSubtestRowOf<ZqPowell_UnitTest> ZqPowell_UnitTest::s_subtests[] = {
+    {"Standard-Test",
+     [](ZqPowell_UnitTest& test) { return test.runPowell(Powell::eBM_Parabolic, false, 0.0f); }},
+    // y <= 0 keeps the minimum out of reach: only a bounded descent is asked for.
+    {"Bounds-Test",
+     [](ZqPowell_UnitTest& test) { return test.runPowell(Powell::eBM_Parabolic, true, 25.0f); }},
+    {"NoBracketing-Test",
+     [](ZqPowell_UnitTest& test) { return test.runPowell(Powell::eBM_Bounds, true, 25.0f); }},
+};
 
-CString ZqPowell_UnitTest::getSubtestName(unsigned int index)
-{
-    switch (index)
-    {
-    case 0:
-        return L"Standard-Test";
-    case 1:
-        return L"Bounds-Test";
-    case 2:
-        return L"NoBracketing-Test";
-    default:
-        CB_THROW(CbException, "ZqPowell_UnitTest::getSubtestName");
-    }
-}
-
-ZqUnitTest::EResult ZqPowell_UnitTest::runUnitTest(unsigned int index)
-{
-    switch (index)
-    {
-    case 0:
-        return runPowell(Powell::eBM_Parabolic, false, 0.0f);
-    case 1:
-        // y <= 0 keeps the minimum out of reach: only a bounded descent is asked for.
-        return runPowell(Powell::eBM_Parabolic, true, 25.0f);
-    case 2:
-        return runPowell(Powell::eBM_Bounds, true, 25.0f);
-    default:
-        CB_THROW(CbException, "ZqPowell_UnitTest::runUnitTest");
-    }
-}
+ZQ_IMPLEMENT_SUBTEST_TABLE(ZqPowell_UnitTest)
 
 ZqUnitTest::EResult ZqPowell_UnitTest::runPowell(Powell::EBracketingMethod bracketing, bool bounded,
                                                  float limit)

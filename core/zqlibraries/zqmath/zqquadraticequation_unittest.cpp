@@ -65,9 +65,7 @@ template <class T> double ZqQuadraticEquation_UnitTest::solveAll(const std::vect
 
 ZqUnitTest::EResult ZqQuadraticEquation_UnitTest::runTimings() const
 {
-    const std::uint32_t seed = ZqRandomSeed::FromClock();
-    WriteMessageFormat(eInfo, L"Startwert des Zufallsgenerators: %d\n", seed);
-    std::mt19937 generator(seed);
+    std::mt19937 generator(ZqRandomSeed::Start(*this));
     std::uniform_real_distribution<double> distribution(-100.0, 100.0);
 
     // 80,000,000 bytes of double and 40,000,000 bytes of float coefficients, the same values.

@@ -2,7 +2,7 @@
 // processor; only the functions below carry the target attributes, and ZqSHA1 calls them after
 // ZqSha1CpuHasShaExtensions() said yes.
 
-#include "zqbase/zqsha1_blocks.h"
+#include "zqbase/detail/zqsha1_blocks.h"
 
 #if defined(__x86_64__) || defined(__i386__)
 

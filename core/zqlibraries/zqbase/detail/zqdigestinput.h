@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <cstring>
 
+// Internal to zqbase, as everything under detail/: not part of the library's interface. ZqMD5 and
+// ZqSHA1 hold one by value, which is why their headers include it.
+//
 // The input side of the 64-byte-block digests (MD5, SHA-1): collects bytes into whole blocks for
 // the digest's compression function, counts them, and appends the closing padding (0x80, zeros up
 // to 56 bytes into a block, the bit length in the digest's byte order).

@@ -1,7 +1,7 @@
 #pragma once
 
-// Block functions of ZqSHA1, internal to zqbase: each folds `blocks` 64-byte blocks at data into the
-// five state words.
+// Block functions of ZqSHA1, internal to zqbase (detail/): each folds `blocks` 64-byte blocks at data into
+// the five state words.
 
 #include <cstddef>
 #include <cstdint>
