@@ -43,7 +43,7 @@ public:
 
     // Reads anything Read accepts; other types (arrays, ...) bring operator>> of their own.
     template <class T>
-    requires requires(CbStreamReadBinary& stream, T& value) { stream.Read(value); }
+    requires(std::is_trivially_copyable_v<T> || std::is_same_v<T, CString> || std::is_same_v<T, CStringA>)
     CbStreamReadBinary& operator>>(T& value)
     {
         Read(value);

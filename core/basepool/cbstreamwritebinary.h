@@ -48,7 +48,7 @@ public:
 
     // Writes anything Write accepts; other types (arrays, ...) bring operator<< of their own.
     template <class T>
-    requires requires(CbStreamWriteBinary& stream, const T& value) { stream.Write(value); }
+    requires(std::is_trivially_copyable_v<T> || std::is_same_v<T, CString> || std::is_same_v<T, CStringA>)
     CbStreamWriteBinary& operator<<(const T& value)
     {
         Write(value);
