@@ -313,6 +313,9 @@ ZqObjectReference GraphReader::readObject(std::uint32_t number)
     }
     catch (const CbException& exception)
     {
+        // The reader's own refusals (references) name the object already.
+        if (std::string(exception.GetFunction()) == kReadFunction)
+            throw;
         refuse(describe(number) + ": " + (*exception.GetDetail() ? exception.GetDetail() : exception.what()));
     }
     catch (const std::bad_alloc&)
