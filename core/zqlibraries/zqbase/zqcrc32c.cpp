@@ -49,9 +49,52 @@ std::uint32_t portable(const unsigned char* bytes, std::size_t size, std::uint32
 }
 
 #if defined(__x86_64__)
+// Bytes per lane of the three-lane loop. The instruction has a latency of three cycles and a
+// throughput of one, so three independent lanes run about three times as fast as one; their
+// registers are then joined by appending zero bytes, which is a linear map of the register.
+constexpr std::size_t kLane = 8192;
+
+// Column i: the register that bit i alone becomes after kLane zero bytes.
+const std::array<std::uint32_t, 32>& laneShift()
+{
+    static const std::array<std::uint32_t, 32> columns = []
+    {
+        static const unsigned char zeros[kLane] = {};
+        std::array<std::uint32_t, 32> result{};
+        for (unsigned int bit = 0; bit < 32; ++bit)
+            result[bit] = portable(zeros, kLane, 1u << bit);
+        return result;
+    }();
+    return columns;
+}
+
+std::uint32_t shiftLane(std::uint32_t crc)
+{
+    const std::array<std::uint32_t, 32>& columns = laneShift();
+    std::uint32_t result = 0;
+    for (unsigned int bit = 0; crc; ++bit, crc >>= 1)
+        if (crc & 1u)
+            result ^= columns[bit];
+    return result;
+}
+
 __attribute__((target("sse4.2"))) std::uint32_t hardware(const unsigned char* bytes, std::size_t size,
                                                          std::uint32_t crc)
 {
+    for (; size >= 3 * kLane; size -= 3 * kLane, bytes += 3 * kLane)
+    {
+        std::uint64_t lanes[3] = {crc, 0, 0};
+        for (std::size_t i = 0; i < kLane; i += 8)
+            for (std::size_t lane = 0; lane < 3; ++lane)
+            {
+                std::uint64_t word;
+                std::memcpy(&word, bytes + lane * kLane + i, 8);
+                lanes[lane] = __builtin_ia32_crc32di(lanes[lane], word);
+            }
+        crc = shiftLane(shiftLane(static_cast<std::uint32_t>(lanes[0])) ^
+                        static_cast<std::uint32_t>(lanes[1])) ^
+              static_cast<std::uint32_t>(lanes[2]);
+    }
     std::uint64_t wide = crc;
     for (; size >= 8; size -= 8, bytes += 8)
     {
