@@ -191,6 +191,16 @@ TEST(ZqDependencySerializerTest, WriteRefusesCyclesForeignReferencesAndTooDeepNe
     EXPECT_TRUE(bytes.empty());
 }
 
+TEST(ZqDependencySerializerTest, AKindFailingInTheMiddleLeavesTheBufferAsItWas)
+{
+    ZqDependencySerializer serializer;
+    serializer.Add(L"gut", blob(100));
+    serializer.Add(L"schlecht", node(ZqTestNode::kFailsToWrite));
+    std::vector<unsigned char> buffer{1, 2, 3};
+    EXPECT_THROW(serializer.Write(buffer), CbExceptionFile);
+    EXPECT_EQ(buffer, (std::vector<unsigned char>{1, 2, 3}));
+}
+
 TEST(ZqDependencySerializerTest, ReadsRecordsOfAnOlderKindVersion)
 {
     ZqBytes bytes = withKinds(1);

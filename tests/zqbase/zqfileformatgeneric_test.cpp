@@ -204,7 +204,7 @@ TEST_F(ZqFileFormatGenericTest, RefusesHostileFilesWithAMessageNamingTheProblem)
     std::vector<unsigned char> trailing = entry;
     trailing.push_back(0);
     expectRefused(containerBytes({{"a", "ZqDependencySerializer", trailing}}),
-                  "entry \"a\" has 1 bytes after its end");
+                  "entry \"a\": 1 bytes after its end");
 
     // Sizes and counts with correct checksums, beyond what the file holds.
     ZqBytes huge;

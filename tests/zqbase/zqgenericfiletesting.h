@@ -15,6 +15,8 @@
 // records hold the value only).
 struct ZqTestNode
 {
+    // A node of this value fails in the middle of being written.
+    static constexpr std::int32_t kFailsToWrite = -999;
     std::int32_t value = 0;
     std::vector<ZqObjectReference> links;
 };

@@ -25,6 +25,8 @@ protected:
     void write(const ZqTestNode& node, ZqObjectWriter& writer) const override
     {
         writer.GetStream() << node.value;
+        if (node.value == ZqTestNode::kFailsToWrite)
+            CB_THROW(CbExceptionFile, "ZqTestNodeKind::write", "disk full");
         writer.GetStream().WriteCount(static_cast<std::uint32_t>(node.links.size()));
         for (const ZqObjectReference& link : node.links)
             writer.WriteReference(link);

@@ -8,8 +8,11 @@
 #include "zqbase/zqobjectkind.h"
 
 #include <algorithm>
+#include <cstring>
 #include <map>
 #include <new>
+#include <optional>
+#include <span>
 #include <typeindex>
 #include <utility>
 
@@ -44,7 +47,8 @@ class GraphWriter
 {
 public:
     void Collect(const CString& key, const ZqObjectReference& root);
-    void WriteKindsAndObjects(CbStreamWriteBinary& stream) const;
+    // stream appends to buffer; each record's size is filled in once the record is written.
+    void WriteKindsAndObjects(CbStreamWriteBinary& stream, std::vector<unsigned char>& buffer) const;
     std::uint32_t GetNumber(const ZqObjectReference& object) const { return m_numbers.at(identity(object)); }
 
 private:
@@ -174,7 +178,7 @@ std::uint32_t GraphWriter::numberOf(const ZqObjectReference& object, std::uint32
     return found->second;
 }
 
-void GraphWriter::WriteKindsAndObjects(CbStreamWriteBinary& stream) const
+void GraphWriter::WriteKindsAndObjects(CbStreamWriteBinary& stream, std::vector<unsigned char>& buffer) const
 {
     stream.WriteCount(static_cast<std::uint32_t>(m_kinds.size()));
     for (const auto& kind : m_kinds)
@@ -183,16 +187,15 @@ void GraphWriter::WriteKindsAndObjects(CbStreamWriteBinary& stream) const
         stream.Write(kind->GetVersion());
     }
     stream.WriteCount(static_cast<std::uint32_t>(m_objects.size()));
-    std::vector<unsigned char> record;
     for (std::uint32_t number = 0; number < m_objects.size(); ++number)
     {
-        record.clear();
-        CbStreamWriteBinary recordStream(record);
-        RecordWriter writer(recordStream, *this, number);
-        m_kinds[m_objects[number].kind]->Write(m_objects[number].object, writer);
         stream.Write(m_objects[number].kind);
-        stream.Write(std::uint64_t(record.size()));
-        stream.Write(record.data(), record.size());
+        const std::size_t sizeAt = buffer.size();
+        stream.Write(std::uint64_t(0));
+        RecordWriter writer(stream, *this, number);
+        m_kinds[m_objects[number].kind]->Write(m_objects[number].object, writer);
+        const std::uint64_t size = buffer.size() - sizeAt - sizeof(std::uint64_t);
+        std::memcpy(buffer.data() + sizeAt, &size, sizeof(size));
     }
 }
 
@@ -200,7 +203,14 @@ void GraphWriter::WriteKindsAndObjects(CbStreamWriteBinary& stream) const
 class GraphReader
 {
 public:
-    explicit GraphReader(CbStreamReadBinary& stream) : m_stream(stream) {}
+    // Records are copied out of the stream.
+    explicit GraphReader(CbStreamReadBinary& stream) : m_stream(&stream) {}
+    // Records are read where they lie in memory.
+    GraphReader(const unsigned char* data, std::size_t size) : m_memory(data), m_memorySize(size)
+    {
+        m_stream = &m_segment.emplace(data, size);
+    }
+    CbStreamReadBinary& GetStream() { return *m_stream; }
     void ReadKinds();
     void ReadObjects();
     std::vector<std::pair<CString, ZqObjectReference>> ReadKeys();
@@ -228,9 +238,15 @@ private:
 
     std::uint32_t readCount(std::uint64_t bytesPerElement, const char* what);
     ZqObjectReference readObject(std::uint32_t number);
+    std::span<const unsigned char> takeRecord(std::uint64_t size, std::vector<unsigned char>& copy);
     std::string describe(std::uint32_t number) const;
 
-    CbStreamReadBinary& m_stream;
+    CbStreamReadBinary* m_stream;
+    // In memory, the stream covers the bytes after the last record taken, from m_segmentStart on.
+    const unsigned char* m_memory = nullptr;
+    std::size_t m_memorySize = 0;
+    std::size_t m_segmentStart = 0;
+    std::optional<CbStreamReadBinary> m_segment;
     std::vector<SKind> m_kinds;
     std::vector<ZqObjectReference> m_objects;
     std::vector<std::uint32_t> m_heights;
@@ -240,10 +256,10 @@ private:
 
 std::uint32_t GraphReader::readCount(std::uint64_t bytesPerElement, const char* what)
 {
-    const std::uint32_t count = m_stream.ReadCount();
-    if (count > m_stream.GetRemaining() / bytesPerElement)
+    const std::uint32_t count = m_stream->ReadCount();
+    if (count > m_stream->GetRemaining() / bytesPerElement)
         refuse(std::to_string(count) + " " + what + " cannot fit into the " +
-               std::to_string(m_stream.GetRemaining()) + " bytes left");
+               std::to_string(m_stream->GetRemaining()) + " bytes left");
     return count;
 }
 
@@ -253,8 +269,8 @@ void GraphReader::ReadKinds()
     for (std::uint32_t i = 0; i < count; ++i)
     {
         SKind entry;
-        entry.name = ZqCheckedName::Read(m_stream, kReadFunction, "object kind name");
-        m_stream.Read(entry.version);
+        entry.name = ZqCheckedName::Read(*m_stream, kReadFunction, "object kind name");
+        m_stream->Read(entry.version);
         for (const SKind& earlier : m_kinds)
             if (earlier.name == entry.name)
                 refuse("object kind " + ZqCheckedName::Quote(entry.name) + " is listed twice");
@@ -291,20 +307,20 @@ ZqObjectReference GraphReader::readObject(std::uint32_t number)
 {
     std::uint32_t kindNumber = 0;
     std::uint64_t size = 0;
-    m_stream.Read(kindNumber);
-    m_stream.Read(size);
+    m_stream->Read(kindNumber);
+    m_stream->Read(size);
     if (kindNumber >= m_kinds.size())
         refuse("object " + std::to_string(number) + " has kind number " + std::to_string(kindNumber) +
                " of " + std::to_string(m_kinds.size()));
     m_kindOfCurrent = kindNumber;
-    if (size > m_stream.GetRemaining())
+    if (size > m_stream->GetRemaining())
         refuse(describe(number) + " claims " + std::to_string(size) + " bytes, only " +
-               std::to_string(m_stream.GetRemaining()) + " are left");
-    std::vector<unsigned char> bytes(static_cast<std::size_t>(size));
-    m_stream.Read(bytes.data(), bytes.size());
+               std::to_string(m_stream->GetRemaining()) + " are left");
+    std::vector<unsigned char> copy;
+    const std::span<const unsigned char> bytes = takeRecord(size, copy);
 
     const SKind& kind = m_kinds[kindNumber];
-    CbStreamReadBinary record(bytes);
+    CbStreamReadBinary record(bytes.data(), bytes.size());
     RecordReader reader(record, kind.version, *this);
     ZqObjectReference object;
     try
@@ -329,6 +345,20 @@ ZqObjectReference GraphReader::readObject(std::uint32_t number)
         CB_THROW(CbExceptionPreconditionViolation, kReadFunction,
                  "the kind " + CbWideToUtf8(kind.name.Std()) + " read no object of its class");
     return object;
+}
+
+std::span<const unsigned char> GraphReader::takeRecord(std::uint64_t size, std::vector<unsigned char>& copy)
+{
+    if (!m_memory)
+    {
+        copy.resize(static_cast<std::size_t>(size));
+        m_stream->Read(copy.data(), copy.size());
+        return copy;
+    }
+    const std::size_t start = m_segmentStart + static_cast<std::size_t>(m_stream->GetPosition());
+    m_segmentStart = start + static_cast<std::size_t>(size);
+    m_stream = &m_segment.emplace(m_memory + m_segmentStart, m_memorySize - m_segmentStart);
+    return {m_memory + start, static_cast<std::size_t>(size)};
 }
 
 ZqObjectReference GraphReader::RecordReader::ReadReference()
@@ -361,9 +391,9 @@ std::vector<std::pair<CString, ZqObjectReference>> GraphReader::ReadKeys()
     std::unordered_map<std::wstring, std::uint32_t> seen;
     for (std::uint32_t i = 0; i < count; ++i)
     {
-        CString key = ZqCheckedName::Read(m_stream, kReadFunction, "key");
+        CString key = ZqCheckedName::Read(*m_stream, kReadFunction, "key");
         std::uint32_t number = 0;
-        m_stream.Read(number);
+        m_stream->Read(number);
         if (number >= m_objects.size())
             refuse("key " + ZqCheckedName::Quote(key) + " refers to object " + std::to_string(number) +
                    ", but the entry holds " + std::to_string(m_objects.size()));
@@ -372,6 +402,17 @@ std::vector<std::pair<CString, ZqObjectReference>> GraphReader::ReadKeys()
         keys.emplace_back(std::move(key), m_objects[number]);
     }
     return keys;
+}
+std::vector<std::pair<CString, ZqObjectReference>> readGraph(GraphReader& graph)
+{
+    std::uint32_t version = 0;
+    graph.GetStream().Read(version);
+    if (version == 0 || version > ZqDependencySerializer::kVersion)
+        refuse("layout version " + std::to_string(version) + " is not one of 1 to " +
+               std::to_string(ZqDependencySerializer::kVersion) + " that this program reads");
+    graph.ReadKinds();
+    graph.ReadObjects();
+    return graph.ReadKeys();
 }
 } // namespace
 
@@ -415,31 +456,54 @@ const CString& ZqDependencySerializer::GetKey(unsigned int index) const
 
 void ZqDependencySerializer::Write(CbStreamWriteBinary& stream) const
 {
+    std::vector<unsigned char> buffer;
+    Write(buffer);
+    stream.Write(buffer.data(), buffer.size());
+}
+
+void ZqDependencySerializer::Write(std::vector<unsigned char>& buffer) const
+{
     // Missing kinds and reference cycles are found before the first byte is written.
     GraphWriter graph;
     for (const SEntry& entry : m_entries)
         graph.Collect(entry.key, entry.object);
-    stream.Write(kVersion);
-    graph.WriteKindsAndObjects(stream);
-    stream.WriteCount(GetCount());
-    for (const SEntry& entry : m_entries)
+    const std::size_t before = buffer.size();
+    try
     {
-        stream.Write(entry.key);
-        stream.Write(graph.GetNumber(entry.object));
+        CbStreamWriteBinary stream(buffer);
+        stream.Write(kVersion);
+        graph.WriteKindsAndObjects(stream, buffer);
+        stream.WriteCount(GetCount());
+        for (const SEntry& entry : m_entries)
+        {
+            stream.Write(entry.key);
+            stream.Write(graph.GetNumber(entry.object));
+        }
+    }
+    catch (...)
+    {
+        buffer.resize(before);
+        throw;
     }
 }
 
 void ZqDependencySerializer::Read(CbStreamReadBinary& stream)
 {
-    std::uint32_t version = 0;
-    stream.Read(version);
-    if (version == 0 || version > kVersion)
-        refuse("layout version " + std::to_string(version) + " is not one of 1 to " +
-               std::to_string(kVersion) + " that this program reads");
     GraphReader graph(stream);
-    graph.ReadKinds();
-    graph.ReadObjects();
-    std::vector<std::pair<CString, ZqObjectReference>> keys = graph.ReadKeys();
+    commit(readGraph(graph));
+}
+
+void ZqDependencySerializer::Read(const void* data, std::size_t size)
+{
+    GraphReader graph(static_cast<const unsigned char*>(data), size);
+    std::vector<std::pair<CString, ZqObjectReference>> keys = readGraph(graph);
+    if (!graph.GetStream().IsAtEnd())
+        refuse(std::to_string(graph.GetStream().GetRemaining()) + " bytes after its end");
+    commit(std::move(keys));
+}
+
+void ZqDependencySerializer::commit(std::vector<std::pair<CString, ZqObjectReference>> keys)
+{
 
     std::vector<SEntry> entries;
     std::unordered_map<std::wstring, std::size_t> index;

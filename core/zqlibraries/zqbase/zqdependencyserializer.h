@@ -9,6 +9,7 @@
 #include <string>
 #include <type_traits>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 class CbStreamReadBinary;
@@ -82,14 +83,22 @@ public:
     const CString& GetKey(unsigned int index) const;
 
     // Writes every named object and everything it refers to. Throws CbExceptionPreconditionViolation
-    // for an object whose class has no kind and for a reference cycle; nothing is written then.
+    // for an object whose class has no kind, for a reference cycle and for nesting deeper than
+    // kMaxDepth; nothing is written then.
     void Write(CbStreamWriteBinary& stream) const;
+    // The same appended to buffer, where each record is written in place (no copy of large objects).
+    void Write(std::vector<unsigned char>& buffer) const;
     // Replaces the content by what stream holds. Throws CbExceptionWrongFileVersion for data it cannot
     // trust (unknown object kind, newer layout, reference to a missing object, counts beyond the data,
     // ...) and then keeps its content unchanged.
     void Read(CbStreamReadBinary& stream);
+    // The same for size bytes at data, which must hold the serialized form and nothing after it; the
+    // records are read where they lie.
+    void Read(const void* data, std::size_t size);
 
 private:
+    void commit(std::vector<std::pair<CString, ZqObjectReference>> keys);
+
     struct SEntry
     {
         CString key;

@@ -144,18 +144,14 @@ std::unique_ptr<ZqDependencySerializer> parseSerializer(const STableEntry& entry
                                                         const std::vector<unsigned char>& bytes)
 {
     auto serializer = std::make_unique<ZqDependencySerializer>();
-    CbStreamReadBinary stream(bytes);
     try
     {
-        serializer->Read(stream);
+        serializer->Read(bytes.data(), bytes.size());
     }
     catch (const CbExceptionWrongFileVersion& exception)
     {
         refuse("entry " + ZqCheckedName::Quote(entry.name) + ": " + exception.GetDetail());
     }
-    if (!stream.IsAtEnd())
-        refuse("entry " + ZqCheckedName::Quote(entry.name) + " has " + std::to_string(stream.GetRemaining()) +
-               " bytes after its end");
     return serializer;
 }
 
@@ -228,8 +224,7 @@ void ZqFileFormatGeneric::Write(CbStreamWriteBinary& stream) const
         const std::vector<unsigned char>* bytes = &entry.bytes;
         if (entry.serializer)
         {
-            CbStreamWriteBinary entryStream(serialized.emplace_back());
-            entry.serializer->Write(entryStream);
+            entry.serializer->Write(serialized.emplace_back());
             bytes = &serialized.back();
         }
         writeText(table, entry.name);
