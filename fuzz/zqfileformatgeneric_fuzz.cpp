@@ -12,6 +12,10 @@
 #include "basepool/cbstreamreadbinary.h"
 #include "basepool/cbstreamwritebinary.h"
 #include "zq3dbase/zqdebuggeometry.h"
+#include "zq3dbase/zqmptriangulationprimitiveold.h"
+#include "zq3dbase/zqpolyline3d.h"
+#include "zq3dbase/zqtriangulationdynamic.h"
+#include "zq3dbase/zqtriangulationstatic.h"
 #include "zqbase/zqcrc32c.h"
 #include "zqbase/zqdependencyserializer.h"
 #include "zqbase/zqfileformatgeneric.h"
@@ -40,13 +44,24 @@ std::vector<unsigned char> written(const ZqFileFormatGeneric& file)
     return bytes;
 }
 
-// A serializer with one object of every kind this target knows.
+// A serializer with one object of every kind of zq3dbase, each small.
 ZqDependencySerializer everyKind()
 {
-    auto inner = std::make_shared<ZqDebugGeometry>(ZqObjectReference(), ZqColorRGBA::Aquamarine, 16, 1);
+    ZqMpTriangulationPrimitiveOld tetrahedron;
+    tetrahedron.SetInput(ZqMpTriangulationPrimitiveOld::eP_Tetrahedron);
+    if (!tetrahedron.Compute())
+        fail("no tetrahedron");
+    auto triStatic = std::make_shared<ZqTriangulationStatic>(tetrahedron.GetOutput());
+    triStatic->SetSerialize(eVA_Normal, true);
+    auto triDynamic = std::make_shared<ZqTriangulationDynamic>(tetrahedron.GetOutput());
+    auto polyline = std::make_shared<ZqPolyline3D>(
+        std::initializer_list<CbVector3f>{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 1}}, true);
     ZqDependencySerializer serializer;
-    serializer.Add(L"geoInner", inner);
-    serializer.Add(L"geoOuter", ZqDebugGeometry(inner, ZqColorRGBA::Chocolate, 17, 0));
+    serializer.Add(L"triStatic", triStatic);
+    serializer.Add(L"geoTriDyn", ZqDebugGeometry(triDynamic, ZqColorRGBA::Chocolate, 17, 0));
+    serializer.Add(L"polyLine", polyline);
+    serializer.Add(L"geoPolyline", ZqDebugGeometry(polyline, ZqColorRGBA::Aquamarine, 16, 1));
+    serializer.Add(L"geoTriStatic", ZqDebugGeometry(triStatic, ZqColorRGBA::Gray, 16, 1));
     return serializer;
 }
 
@@ -112,7 +127,9 @@ void writeSeeds(const std::string& directory)
 extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     // Without the kinds of zq3dbase every object record would be refused as unknown.
-    if (!ZqObjectKind::Find(typeid(ZqDebugGeometry)))
+    if (!ZqObjectKind::Find(typeid(ZqDebugGeometry)) || !ZqObjectKind::Find(typeid(ZqPolyline3D)) ||
+        !ZqObjectKind::Find(typeid(ZqTriangulationStatic)) ||
+        !ZqObjectKind::Find(typeid(ZqTriangulationDynamic)))
         fail("the object kinds of zq3dbase are not registered");
     if (const char* directory = std::getenv("ZQ_FUZZ_WRITE_SEEDS"))
     {
