@@ -48,21 +48,6 @@ bool samePolyline(const ZqPolyline3DBase& a, const ZqPolyline3DBase& b)
     return compare.Compute() && compare.GetOutput();
 }
 
-std::vector<unsigned char> written(const ZqDependencySerializer& serializer)
-{
-    std::vector<unsigned char> bytes;
-    CbStreamWriteBinary stream(bytes);
-    serializer.Write(stream);
-    return bytes;
-}
-
-ZqDependencySerializer readBack(const std::vector<unsigned char>& bytes)
-{
-    ZqDependencySerializer serializer;
-    CbStreamReadBinary stream(bytes);
-    serializer.Read(stream);
-    return serializer;
-}
 } // namespace
 
 TEST(ZqGeometryKindsTest, EveryKindRoundTripsThroughAFile)

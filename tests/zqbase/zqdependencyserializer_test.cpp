@@ -29,23 +29,6 @@ std::shared_ptr<ZqTestBlob> blob(std::size_t size)
     return result;
 }
 
-std::vector<unsigned char> written(const ZqDependencySerializer& serializer)
-{
-    std::vector<unsigned char> bytes;
-    CbStreamWriteBinary stream(bytes);
-    serializer.Write(stream);
-    return bytes;
-}
-
-ZqDependencySerializer readBack(const std::vector<unsigned char>& bytes)
-{
-    ZqDependencySerializer serializer;
-    CbStreamReadBinary stream(bytes);
-    serializer.Read(stream);
-    EXPECT_TRUE(stream.IsAtEnd());
-    return serializer;
-}
-
 // Expects bytes to be refused with a message containing expected, and the serializer to keep its
 // single key "kept".
 void expectRefused(const std::vector<unsigned char>& bytes, const std::string& expected)

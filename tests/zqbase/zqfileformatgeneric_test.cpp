@@ -55,14 +55,6 @@ ZqDependencySerializer serializerOf(std::int32_t value)
     return serializer;
 }
 
-std::vector<unsigned char> written(const ZqFileFormatGeneric& file)
-{
-    std::vector<unsigned char> bytes;
-    CbStreamWriteBinary stream(bytes);
-    file.Write(stream);
-    return bytes;
-}
-
 std::int32_t valueOf(const ZqFileFormatGeneric& file, const wchar_t* entry)
 {
     const ZqDependencySerializer* serializer = file.Get(entry);
@@ -91,10 +83,7 @@ void expectRefused(const std::vector<unsigned char>& bytes, const std::string& e
 
 std::vector<unsigned char> serializerBytes(std::int32_t value)
 {
-    std::vector<unsigned char> bytes;
-    CbStreamWriteBinary stream(bytes);
-    serializerOf(value).Write(stream);
-    return bytes;
+    return written(serializerOf(value));
 }
 } // namespace
 

@@ -3,8 +3,13 @@
 
 #pragma once
 
+#include "basepool/cbstreamreadbinary.h"
+#include "basepool/cbstreamwritebinary.h"
 #include "zqbase/zqcrc32c.h"
+#include "zqbase/zqdependencyserializer.h"
 #include "zqbase/zqobjectreference.h"
+
+#include <gtest/gtest.h>
 
 #include <cstdint>
 #include <cstring>
@@ -32,6 +37,25 @@ struct ZqTestUnregistered
 {
     int value = 0;
 };
+
+// The bytes a serializer or container writes into memory.
+template <class T> std::vector<unsigned char> written(const T& writer)
+{
+    std::vector<unsigned char> bytes;
+    CbStreamWriteBinary stream(bytes);
+    writer.Write(stream);
+    return bytes;
+}
+
+// A serializer read from bytes through a stream, which it must read to the end.
+inline ZqDependencySerializer readBack(const std::vector<unsigned char>& bytes)
+{
+    ZqDependencySerializer serializer;
+    CbStreamReadBinary stream(bytes);
+    serializer.Read(stream);
+    EXPECT_TRUE(stream.IsAtEnd());
+    return serializer;
+}
 
 class ZqBytes
 {
