@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -111,6 +112,14 @@ TEST(ZqMpCompareTriangulationsOldTest, AttributesOnlyWhenAsked)
     ASSERT_EQ(c.errors.size(), 1u);
     EXPECT_NE(c.errors[0].find("vertex attribute 'normal' differs at element 6"), std::string::npos)
         << c.errors[0];
+
+    // Equal infinities and NaNs are the same value; an infinity against a finite value is not.
+    ZqTriangulationDynamic c1(a), c2(a);
+    c1.Get<eVA_Normal>(CbVertexRef(2)) = {-INFINITY, NAN, INFINITY};
+    c2.Get<eVA_Normal>(CbVertexRef(2)) = {-INFINITY, NAN, INFINITY};
+    EXPECT_TRUE(c.Run(c1, c2, ZqMpCompareTriangulationsOld::eF_CompareAttributes, 0.5f));
+    c2.Get<eVA_Normal>(CbVertexRef(2)).z = 1e30f;
+    EXPECT_FALSE(c.Run(c1, c2, ZqMpCompareTriangulationsOld::eF_CompareAttributes, 0.5f));
 
     ZqTriangulationDynamic d(a);
     d.Assert(eTA_Material);

@@ -32,8 +32,10 @@ template <class T> bool isNear(const T& a, const T& b, double tolerance)
 {
     const auto ca = components(a);
     const auto cb = components(b);
+    // Equal values (infinities included) and two NaNs agree; anything else must lie within the tolerance.
     for (std::size_t i = 0; i < ca.size(); ++i)
-        if (!(std::fabs(ca[i] - cb[i]) <= tolerance) && !(std::isnan(ca[i]) && std::isnan(cb[i])))
+        if (ca[i] != cb[i] && !(std::isnan(ca[i]) && std::isnan(cb[i])) &&
+            !(std::fabs(ca[i] - cb[i]) <= tolerance))
             return false;
     return true;
 }
