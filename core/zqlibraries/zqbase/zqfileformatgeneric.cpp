@@ -83,6 +83,8 @@ std::vector<STableEntry> readTable(CbStreamReadBinary& stream)
     constexpr std::uint64_t magicSize = sizeof(ZqFileFormatGeneric::kMagic);
     std::vector<unsigned char> header =
         readBytes(stream, std::min(magicSize, stream.GetRemaining()), "the header");
+    if (header.empty())
+        refuse("the file is empty");
     if (std::memcmp(header.data(), ZqFileFormatGeneric::kMagic, header.size()) != 0)
         refuse("not a generic container file (wrong magic)");
     if (header.size() < magicSize)
