@@ -8,7 +8,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libssl-dev libpng-dev libtbb-dev libeigen3-dev
   nlohmann-json3-dev libtinyxml2-dev
-  libassimp-dev libopenmesh-dev
+  libassimp-dev libopenmesh-dev libcgal-dev
 )
 
 missing=()

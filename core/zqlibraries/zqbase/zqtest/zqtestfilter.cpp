@@ -2,6 +2,7 @@
 
 namespace
 {
+// Splits at single ':'; "::" belongs to a name (a class in a namespace, "Tools::CToolFramework_UnitTest").
 std::vector<std::string> splitPatterns(std::string_view text)
 {
     std::vector<std::string> patterns;
@@ -9,6 +10,8 @@ std::vector<std::string> splitPatterns(std::string_view text)
     while (start <= text.size())
     {
         std::size_t end = text.find(':', start);
+        while (end != std::string_view::npos && end + 1 < text.size() && text[end + 1] == ':')
+            end = text.find(':', end + 2);
         if (end == std::string_view::npos)
             end = text.size();
         if (end > start)

@@ -15,7 +15,9 @@
 //
 //     ZqTestFilter("CbArray_UnitTest:ZqFt*.#0-*Benchmark*")
 //
-// The first '-' starts the negative part, so a '-' inside a name is written '?'.
+// The first '-' starts the negative part, so a '-' inside a name is written '?'. A single ':'
+// separates patterns; "::" stays in the pattern, so "Tools::CToolFramework_UnitTest.*" selects a
+// class in a namespace.
 class ZQBASE_API ZqTestFilter
 {
 public:
