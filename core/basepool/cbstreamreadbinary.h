@@ -41,9 +41,11 @@ public:
     // Readers check a count against it before they allocate for it.
     std::uint64_t GetRemaining() const;
 
-    // Reads anything Read accepts; other types (arrays, ...) bring operator>> of their own.
-    template <class T>
-    requires(std::is_trivially_copyable_v<T> || std::is_same_v<T, CString> || std::is_same_v<T, CStringA>)
+    // Reads anything Read accepts; other types (arrays, ...) bring operator>> of their own. The
+    // stream's type is a template parameter so that the check waits until the class is complete
+    // (clang 14 rejects it inside the class otherwise).
+    template <class T, class Stream = CbStreamReadBinary>
+    requires requires(Stream& stream, T& value) { stream.Read(value); }
     CbStreamReadBinary& operator>>(T& value)
     {
         Read(value);

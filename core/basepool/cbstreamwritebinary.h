@@ -46,9 +46,11 @@ public:
     // is then left as it was). Does nothing for a memory stream.
     void Close();
 
-    // Writes anything Write accepts; other types (arrays, ...) bring operator<< of their own.
-    template <class T>
-    requires(std::is_trivially_copyable_v<T> || std::is_same_v<T, CString> || std::is_same_v<T, CStringA>)
+    // Writes anything Write accepts; other types (arrays, ...) bring operator<< of their own. The
+    // stream's type is a template parameter so that the check waits until the class is complete
+    // (clang 14 rejects it inside the class otherwise).
+    template <class T, class Stream = CbStreamWriteBinary>
+    requires requires(Stream& stream, const T& value) { stream.Write(value); }
     CbStreamWriteBinary& operator<<(const T& value)
     {
         Write(value);
