@@ -5,7 +5,7 @@
 //
 //     build/release/bin/zqfileformatgeneric_bench [--benchmark_repetitions=5]
 
-#include "basepool/benchratio.h"
+#include "zqbenchmain.h"
 
 #include "basepool/cbstreamreadbinary.h"
 #include "basepool/cbstreamwritebinary.h"
@@ -165,20 +165,23 @@ BENCHMARK(triReadMemory)->Unit(benchmark::kMillisecond);
 
 int main(int argc, char** argv)
 {
-    const int result = RunBenchmarksWithRatios(argc, argv,
-                                               {{"genWriteFile", "triWriteFile"},
-                                                {"genReadFile", "triReadFile"},
-                                                {"genWriteMemory", "triWriteMemory"},
-                                                {"genReadMemory", "triReadMemory"}});
-    container().Write(CString(CStringA(path(".gen").c_str())));
-    mesh()->WriteFile(CString(CStringA(path(".tri").c_str())));
-    const auto gen = std::filesystem::file_size(path(".gen"));
-    const auto tri = std::filesystem::file_size(path(".tri"));
-    std::printf(
-        "\n%u triangles, %u vertices: .gen %ju bytes, .tri %ju bytes, .gen - .tri = %jd bytes (%.6f)\n",
-        mesh()->GetTriangleCount(), mesh()->GetVertexCount(), std::uintmax_t(gen), std::uintmax_t(tri),
-        std::intmax_t(gen) - std::intmax_t(tri), double(gen) / double(tri));
-    std::filesystem::remove(path(".gen"));
-    std::filesystem::remove(path(".tri"));
-    return result;
+    return ZqBenchMain(argc, argv,
+                       {{"genWriteFile", "triWriteFile"},
+                        {"genReadFile", "triReadFile"},
+                        {"genWriteMemory", "triWriteMemory"},
+                        {"genReadMemory", "triReadMemory"}},
+                       [](const ZqBenchReporter&)
+                       {
+                           container().Write(CString(CStringA(path(".gen").c_str())));
+                           mesh()->WriteFile(CString(CStringA(path(".tri").c_str())));
+                           const auto gen = std::filesystem::file_size(path(".gen"));
+                           const auto tri = std::filesystem::file_size(path(".tri"));
+                           std::printf("\n%u triangles, %u vertices: .gen %ju bytes, .tri %ju bytes, "
+                                       ".gen - .tri = %jd bytes (%.6f)\n",
+                                       mesh()->GetTriangleCount(), mesh()->GetVertexCount(),
+                                       std::uintmax_t(gen), std::uintmax_t(tri),
+                                       std::intmax_t(gen) - std::intmax_t(tri), double(gen) / double(tri));
+                           std::filesystem::remove(path(".gen"));
+                           std::filesystem::remove(path(".tri"));
+                       });
 }
