@@ -3,6 +3,10 @@
 # __FILE__ becomes the path relative to the repository root, so exceptions name
 # "core/basepool/cbarray_serializer.h" whatever the checkout's location.
 add_compile_options(-fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
+# A compiler cache with a base directory (CCACHE_BASEDIR) passes the sources relative to the build folder.
+file(RELATIVE_PATH zq_source_from_build ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR})
+string(REGEX REPLACE "/$" "" zq_source_from_build "${zq_source_from_build}")
+add_compile_options(-fmacro-prefix-map=${zq_source_from_build}/=)
 add_compile_options(-Wall -Wextra -Wno-unused-parameter)
 # A class object passed through C varargs (printf-style) is garbage at run time; make it an error.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")

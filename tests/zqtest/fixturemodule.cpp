@@ -233,6 +233,18 @@ protected:
 };
 CB_IMPLEMENT_RTTI(ZqFixtureTrivial_UnitTest, ZqUnitTest::RTTI);
 
+// A test that reports no subtests: listed with a count of 0, never run.
+class ZqFixtureNoSubtests_UnitTest : public CFixture
+{
+    CB_DECLARE_RTTI(ZqFixtureNoSubtests_UnitTest)
+public:
+    ZqFixtureNoSubtests_UnitTest() : CFixture({}) {}
+
+protected:
+    EResult runUnitTest(unsigned int) override { return eFailed; }
+};
+CB_IMPLEMENT_RTTI(ZqFixtureNoSubtests_UnitTest, ZqUnitTest::RTTI);
+
 // Registered but abstract: no creation function, so never listed or run.
 class ZqFixtureAbstract_UnitTest : public ZqUnitTest
 {

@@ -91,6 +91,19 @@ TEST(ZqTestCommandLine, ListingsShowTheTestClassesOfTheModuleOnly)
               "ZqFixtureMixed_UnitTest.\n  besteht\n  scheitert mit Meldung\n  wirft eine Ausnahme\n"
               "  abgebrochen\n  Name mit ? und ? und ?1?\n  schreibt auf stdout\n");
 
+    // A class without subtests is a class all the same, in our own listings; GoogleTest's has no
+    // place for an empty suite.
+    EXPECT_TRUE(plain.Contains("\nZqFixtureNoSubtests_UnitTest (0 subtests)\n")) << plain.output;
+    EXPECT_FALSE(RunZqTest({"--gtest_list_tests", kFixture}).Contains("ZqFixtureNoSubtests_UnitTest"));
+    const auto empty = nlohmann::json::parse(
+        RunZqTest({"--list", "--json", "-", "--filter", "ZqFixtureNoSubtests_UnitTest.*", kFixture}).output);
+    ASSERT_EQ(empty.at("tests").size(), 1u);
+    EXPECT_EQ(empty["tests"][0]["class"], "ZqFixtureNoSubtests_UnitTest");
+    EXPECT_EQ(empty["tests"][0]["subtests"], nlohmann::json::array());
+    // Selected, it has nothing to run.
+    EXPECT_TRUE(
+        RunZqTest({"--filter", "ZqFixtureNoSubtests_UnitTest", kFixture}).Contains("matches no subtest"));
+
     const SResult json =
         RunZqTest({"--list", "--json", "-", "--filter", "ZqFixtureRandom_UnitTest", kFixture});
     const auto listing = nlohmann::json::parse(json.output);

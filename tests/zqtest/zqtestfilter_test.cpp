@@ -1,7 +1,7 @@
 // Selection and command-line parsing of the runner, in this process.
 
-#include "zqbase/zqtestfilter.h"
-#include "zqbase/zqtestoptions.h"
+#include "zqbase/zqtest/zqtestfilter.h"
+#include "zqbase/zqtest/zqtestoptions.h"
 
 #include <gtest/gtest.h>
 #include <map>

@@ -3,7 +3,7 @@
 
 #include "zqtestharness.h"
 
-#include "zqbase/zqtestreports.h"
+#include "zqbase/zqtest/zqtestreports.h"
 
 #include <gtest/gtest.h>
 #include <tinyxml2.h>

@@ -1,6 +1,6 @@
 // zqtest: loads test modules and runs their test classes (docs/runner.md).
 
-#include "zqbase/zqtestrunner.h"
+#include "zqbase/zqtest/zqtestrunner.h"
 
 int main(int argc, char** argv)
 {

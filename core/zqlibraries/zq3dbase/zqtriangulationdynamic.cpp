@@ -1,0 +1,3 @@
+#include "zq3dbase/zqtriangulationdynamic.h"
+
+ZqTriangulationDynamic::~ZqTriangulationDynamic() = default;

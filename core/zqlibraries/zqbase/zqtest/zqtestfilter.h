@@ -1,0 +1,40 @@
+#pragma once
+
+#include "zqbase/zqbase_export.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+// Selects subtests with GoogleTest's filter syntax, POS[:POS...][-NEG[:NEG...]]. Each pattern is a
+// glob ('*' any run of characters, '?' one character) over the class name, over the full name
+// "Class.Subtest name", or over "Class.#N" for subtest N. A subtest is selected when a positive
+// pattern matches it (an empty positive part selects everything) and no negative one does.
+//
+//     ZqTestFilter("CbArray_UnitTest:ZqFt*.#0-*Benchmark*")
+//
+// The first '-' starts the negative part, so a '-' inside a name is written '?'.
+class ZQBASE_API ZqTestFilter
+{
+public:
+    ZqTestFilter() = default;
+    explicit ZqTestFilter(std::string_view filter);
+
+    bool Matches(std::string_view className, unsigned index, std::string_view subtestName) const;
+    // Whether the filter selects the class as a whole, by its name or as "Class." (which "Class.*"
+    // matches); decides for a class that has no subtests to match.
+    bool MatchesClass(std::string_view className) const;
+    // The filter as given ("*" when none was).
+    const std::string& GetText() const { return m_text; }
+
+    // Glob match of UTF-8 text; '?' stands for one code point.
+    static bool Glob(std::string_view pattern, std::string_view text);
+
+private:
+    static bool anyMatches(const std::vector<std::string>& patterns, std::string_view className,
+                           std::string_view fullName, std::string_view indexName);
+
+    std::string m_text = "*";
+    std::vector<std::string> m_positive;
+    std::vector<std::string> m_negative;
+};
