@@ -55,9 +55,25 @@ void ZqMeshObject::computeNormals()
         for (std::uint32_t corner : t)
             m_normals[corner] += n;
     }
+    normalizeNormals();
+}
+
+void ZqMeshObject::normalizeNormals()
+{
     for (CbVector3f& n : m_normals)
         if (n.Normalize() == 0.0f)
             n = {0.0f, 0.0f, 1.0f};
+}
+
+void ZqMeshObject::SetNormals(CbArray<CbVector3f> normals)
+{
+    if (normals.GetCount() != m_positions.GetCount())
+        CB_THROW(CbExceptionPreconditionViolation, "ZqMeshObject::SetNormals",
+                 std::to_string(normals.GetCount()) + " normals for " +
+                     std::to_string(m_positions.GetCount()) + " vertices");
+    m_normals = std::move(normals);
+    normalizeNormals();
+    m_deviceMesh.reset();
 }
 
 CbVector3f ZqMeshObject::GetTriangleCentroid(unsigned int triangle) const

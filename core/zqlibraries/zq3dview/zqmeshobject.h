@@ -1,6 +1,7 @@
 #pragma once
 
 #include "basepool/cbarray.h"
+#include "zq3dbase/zqvertextrianglerelation.h"
 #include "zq3dview/zqmaterial.h"
 #include "zq3dview/zqsceneobject.h"
 
@@ -21,14 +22,18 @@ class IDevice;
 class ZQ3DVIEW_API ZqMeshObject : public ZqSceneObject
 {
 public:
-    using Triangle = std::array<std::uint32_t, 3>;
+    using Triangle = ZqTriangleCorners;
 
     explicit ZqMeshObject(const CString& name = CString());
     ~ZqMeshObject() override;
 
-    // Replaces the geometry; every triangle belongs to material 0 afterwards. A corner index not
-    // below the number of positions throws CbExceptionPreconditionViolation.
+    // Replaces the geometry; every triangle belongs to material 0 afterwards and the normals are
+    // computed. A corner index not below the number of positions throws
+    // CbExceptionPreconditionViolation.
     void SetGeometry(CbArray<CbVector3f> positions, CbArray<Triangle> triangles);
+    // Replaces the computed normals by given ones, one per vertex (another count throws
+    // CbExceptionPreconditionViolation); they are normalised, a zero one becomes (0, 0, 1).
+    void SetNormals(CbArray<CbVector3f> normals);
     unsigned int GetVertexCount() const { return m_positions.GetCount(); }
     unsigned int GetTriangleCount() const { return m_triangles.GetCount(); }
     const CbVector3f& GetPosition(unsigned int vertex) const { return m_positions[vertex]; }
@@ -53,6 +58,7 @@ private:
     struct SDeviceMesh;
 
     void computeNormals();
+    void normalizeNormals();
     void upload(Graphics::IDevice& device);
 
     CbArray<CbVector3f> m_positions;
