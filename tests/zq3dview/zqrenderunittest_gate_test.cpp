@@ -132,9 +132,11 @@ TEST_F(ZqRenderUnitTestGate, ARecolouredObjectFailsTheCaseAndLeavesDebugImages)
         EXPECT_TRUE(std::filesystem::exists(snapshots() / ("Kugeln-" + std::string(view) + "-Test.png")));
         EXPECT_TRUE(std::filesystem::exists(snapshots() / ("Kugeln-" + std::string(view) + "-Diff.png")));
     }
-    EXPECT_TRUE(contains(lines, "info: Debug-Bilder: Bild " +
-                                    (snapshots() / "Kugeln-oben-Test.png").string() + ", Differenz " +
-                                    (snapshots() / "Kugeln-oben-Diff.png").string()));
+    EXPECT_TRUE(contains(lines, "info: Debug-Bilder View 'oben': Referenz " +
+                                    (snapshots() / "Kugeln-oben-Ref.png").string() + " | Bild " +
+                                    (snapshots() / "Kugeln-oben-Test.png").string() + " | Differenz " +
+                                    (snapshots() / "Kugeln-oben-Diff.png").string()))
+        << testing::PrintToString(lines);
     // Seen from above, the recoloured sphere is the right one: the largest error lies right of the middle.
     for (const std::string& line : lines)
         if (line.rfind("info: View 'oben': Mittel ", 0) == 0)
@@ -163,11 +165,19 @@ TEST_F(ZqRenderUnitTestGate, AMissingReferenceFailsEachViewWithoutMakingIt)
 {
     auto test = spheresTest(std::make_shared<SSpheres>());
     EXPECT_EQ(test->RunUnitTest(0), ZqUnitTest::eAborted);
-    const std::vector<std::string> lines = messages(*test);
+    std::vector<std::string> lines = messages(*test);
     EXPECT_TRUE(contains(lines, "error: Keine Referenzdatei für View 'oben' gefunden."));
     EXPECT_TRUE(contains(lines, "error: Keine Referenzdatei für View '0' gefunden."));
     EXPECT_TRUE(std::filesystem::is_directory(snapshots()));
     EXPECT_TRUE(std::filesystem::is_empty(snapshots()));
+    // With the debugging switch the render is kept for inspection, still without a reference.
+    ZqTestEnvironment::SetDebugOutputEnabled(true);
+    EXPECT_EQ(test->RunUnitTest(0), ZqUnitTest::eAborted);
+    lines = messages(*test);
+    EXPECT_TRUE(contains(lines, "info: Debug-Bilder View 'oben': Bild " +
+                                    (snapshots() / "Kugeln-oben-Test.png").string()));
+    EXPECT_TRUE(std::filesystem::exists(snapshots() / "Kugeln-oben-Test.png"));
+    EXPECT_FALSE(std::filesystem::exists(snapshots() / "Kugeln-oben-Ref.png"));
 }
 
 TEST_F(ZqRenderUnitTestGate, ARenderersOwnReferenceIsLookedUpFirstAndRecreatedThere)

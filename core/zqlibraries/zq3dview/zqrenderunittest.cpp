@@ -185,14 +185,14 @@ bool ZqRenderUnitTest::compareWithReference(const ZqBitmap& bitmap, const CStrin
     if (!fileExists(referencePath))
     {
         WriteMessageFormat(eError, L"Keine Referenzdatei für View '%s' gefunden.", viewName);
-        writeDebugImages(bitmap, nullptr, baseName);
+        writeDebugImages(bitmap, nullptr, referencePath, viewName, baseName);
         return false;
     }
     if (!reference.Read(referencePath))
     {
         WriteMessageFormat(eError, L"Referenzdatei für View '%s' nicht lesbar: %s", viewName,
                            reference.GetLastError());
-        writeDebugImages(bitmap, nullptr, baseName);
+        writeDebugImages(bitmap, nullptr, referencePath, viewName, baseName);
         return false;
     }
     const SImageDiff diff = CompareImages(bitmap, reference, eIgnoreTransparent | ePremultiplyAlpha);
@@ -203,11 +203,12 @@ bool ZqRenderUnitTest::compareWithReference(const ZqBitmap& bitmap, const CStrin
         return passed;
     WriteMessageFormat(eInfo, L"ø Pixelfehler View '%s': %.3e (PSNR %.2f dB).", viewName,
                        double(diff.fMeanAbsError), double(diff.fPSNR));
-    writeDebugImages(bitmap, &reference, baseName);
+    writeDebugImages(bitmap, &reference, referencePath, viewName, baseName);
     return passed;
 }
 
 void ZqRenderUnitTest::writeDebugImages(const ZqBitmap& bitmap, const ZqBitmap* reference,
+                                        const CString& referencePath, const CString& viewName,
                                         const CString& baseName)
 {
     if (!IsDebugFlagSet(eDF_WriteImages))
@@ -218,7 +219,10 @@ void ZqRenderUnitTest::writeDebugImages(const ZqBitmap& bitmap, const ZqBitmap* 
         WriteMessage(eError, bitmap.GetLastError());
         return;
     }
-    CString message = L"Debug-Bilder: Bild " + testPath;
+    CString message = CbFormat(L"Debug-Bilder View '%s': ", viewName);
+    if (reference)
+        message += L"Referenz " + referencePath + L" | ";
+    message += L"Bild " + testPath;
     if (reference && reference->GetWidth() == bitmap.GetWidth() &&
         reference->GetHeight() == bitmap.GetHeight())
     {
@@ -229,7 +233,7 @@ void ZqRenderUnitTest::writeDebugImages(const ZqBitmap& bitmap, const ZqBitmap* 
             WriteMessage(eError, difference.GetLastError());
             return;
         }
-        message += L", Differenz " + diffPath;
+        message += L" | Differenz " + diffPath;
     }
     WriteMessage(eInfo, message);
 }

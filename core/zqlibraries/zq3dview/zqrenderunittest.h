@@ -230,7 +230,12 @@ protected:
 private:
     void assertConfigured();
     void writeReference(const ZqBitmap& bitmap, const CString& caseName, const CString& viewName);
-    void writeDebugImages(const ZqBitmap& bitmap, const ZqBitmap* reference, const CString& baseName);
+    // With eDF_WriteImages: the render as "<base>-Test.png" and, with a reference of its size, the
+    // amplified difference as "<base>-Diff.png", announced in one message for the runner's page:
+    // "Debug-Bilder View '<view>': Referenz <file> | Bild <file> | Differenz <file>" (the
+    // reference and the difference only when there are such files).
+    void writeDebugImages(const ZqBitmap& bitmap, const ZqBitmap* reference, const CString& referencePath,
+                          const CString& viewName, const CString& baseName);
     CString findReference(const CString& caseName, const CString& viewName) const;
 
     ZqNamedCases<ITestCase> m_cases;
