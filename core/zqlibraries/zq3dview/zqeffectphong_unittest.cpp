@@ -103,19 +103,18 @@ void ZqEffectPhong_UnitTest::setupRestoration(ZqD3DScene& scene)
 
 void ZqEffectPhong_UnitTest::initSubtests()
 {
-    STestDesc icosahedron;
-    icosahedron.sName = L"EffectPhong";
-    icosahedron.fnSetupScene = setupIcosahedron;
-    icosahedron.aViews = views();
-    icosahedron.fPSNRThreshold = sc_fDefaultPSNRThreshold;
+    const auto describe = [](const wchar_t* name, SceneFunction setup)
+    {
+        STestDesc desc;
+        desc.sName = name;
+        desc.fnSetupScene = std::move(setup);
+        desc.aViews = views();
+        desc.fPSNRThreshold = sc_fDefaultPSNRThreshold;
+        return desc;
+    };
+    const STestDesc icosahedron = describe(L"EffectPhong", setupIcosahedron);
     addTestCase(CreateTestCase(icosahedron));
-
-    STestDesc restoration;
-    restoration.sName = L"EffectPhong (Restoration)";
-    restoration.fnSetupScene = setupRestoration;
-    restoration.aViews = views();
-    restoration.fPSNRThreshold = sc_fDefaultPSNRThreshold;
-    addTestCase(CreateTestCase(restoration));
+    addTestCase(CreateTestCase(describe(L"EffectPhong (Restoration)", setupRestoration)));
 
     ZqRenderBenchmark benchmark(L"Benchmark", ZqRenderBenchmark::GetDefaultIterationCount());
     benchmark.AddBenchCase(CreateRenderBenchCase(icosahedron, icosahedron.sName + L"-Render", eRender, 0));

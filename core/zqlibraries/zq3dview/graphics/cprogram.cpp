@@ -21,23 +21,14 @@ std::string firstLine(std::string log)
     return log.empty() ? "no log" : log;
 }
 
-std::string shaderLog(GLuint shader)
+// The first line of the info log of a shader or a program, read with its pair of query functions.
+std::string infoLog(GLuint name, PFNGLGETSHADERIVPROC getParameter, PFNGLGETSHADERINFOLOGPROC getLog)
 {
     GLint length = 0;
-    glGetShaderiv(shader, GL_INFO_LOG_LENGTH, &length);
+    getParameter(name, GL_INFO_LOG_LENGTH, &length);
     std::string log(std::size_t(length > 0 ? length : 0), '\0');
     if (length > 0)
-        glGetShaderInfoLog(shader, length, nullptr, log.data());
-    return firstLine(log.c_str());
-}
-
-std::string programLog(GLuint program)
-{
-    GLint length = 0;
-    glGetProgramiv(program, GL_INFO_LOG_LENGTH, &length);
-    std::string log(std::size_t(length > 0 ? length : 0), '\0');
-    if (length > 0)
-        glGetProgramInfoLog(program, length, nullptr, log.data());
+        getLog(name, length, nullptr, log.data());
     return firstLine(log.c_str());
 }
 
@@ -49,9 +40,10 @@ CShaderName compile(const char* label, GLenum stage, const char* source)
     GLint compiled = GL_FALSE;
     glGetShaderiv(shader.GetName(), GL_COMPILE_STATUS, &compiled);
     if (!compiled)
-        throw CExceptionGraphics(__FILE__, __LINE__, "Graphics::CProgram::Build",
-                                 std::string(label) + (stage == GL_VERTEX_SHADER ? " vertex" : " fragment") +
-                                     " shader: " + shaderLog(shader.GetName()));
+        throw CExceptionGraphics(
+            __FILE__, __LINE__, "Graphics::CProgram::Build",
+            std::string(label) + (stage == GL_VERTEX_SHADER ? " vertex" : " fragment") +
+                " shader: " + infoLog(shader.GetName(), glGetShaderiv, glGetShaderInfoLog));
     return shader;
 }
 } // namespace
@@ -68,7 +60,8 @@ CProgram CProgram::Build(const char* label, const char* vertexSource, const char
     glGetProgramiv(program.GetName(), GL_LINK_STATUS, &linked);
     if (!linked)
         throw CExceptionGraphics(__FILE__, __LINE__, "Graphics::CProgram::Build",
-                                 std::string(label) + " program: " + programLog(program.GetName()));
+                                 std::string(label) + " program: " +
+                                     infoLog(program.GetName(), glGetProgramiv, glGetProgramInfoLog));
     glDetachShader(program.GetName(), vertex.GetName());
     glDetachShader(program.GetName(), fragment.GetName());
     CExceptionGraphics::ThrowOnGLError("Graphics::CProgram::Build");

@@ -1,5 +1,7 @@
 #include "zqbase/zqtest/zqtestdebugimages.h"
 
+#include "zqbase/zqtest/zqtestreports.h"
+
 #include <cstdio>
 #include <filesystem>
 
@@ -26,37 +28,13 @@ void readFiles(const std::string& list, ZqTestDebugImages::SView& view)
     }
 }
 
-std::string htmlEscape(const std::string& text)
-{
-    std::string out;
-    for (char c : text)
-        switch (c)
-        {
-        case '&':
-            out += "&amp;";
-            break;
-        case '<':
-            out += "&lt;";
-            break;
-        case '>':
-            out += "&gt;";
-            break;
-        case '"':
-            out += "&quot;";
-            break;
-        default:
-            out += c;
-        }
-    return out;
-}
-
 std::string cell(const char* title, const std::string& file)
 {
     if (file.empty())
         return std::string("<td><h3>") + title + "</h3><p>keine</p></td>";
-    const std::string uri = htmlEscape(ZqTestDebugImages::FileUri(file));
+    const std::string uri = ZqTestReports::XmlEscape(ZqTestDebugImages::FileUri(file));
     return std::string("<td><h3>") + title + "</h3><a href=\"" + uri + "\"><img src=\"" + uri + "\" alt=\"" +
-           htmlEscape(file) + "\"></a></td>";
+           ZqTestReports::XmlEscape(file) + "\"></a></td>";
 }
 } // namespace
 
@@ -101,9 +79,10 @@ std::string ZqTestDebugImages::ToHtml(const std::vector<SView>& views)
                        "<h1>Fehlgeschlagene Views</h1>\n";
     for (const SView& view : views)
     {
-        html += "<h2>" + htmlEscape(view.test) + " &ndash; View '" + htmlEscape(view.view) + "'</h2>\n";
+        html += "<h2>" + ZqTestReports::XmlEscape(view.test) + " &ndash; View '" +
+                ZqTestReports::XmlEscape(view.view) + "'</h2>\n";
         for (const std::string& note : view.notes)
-            html += "<p>" + htmlEscape(note) + "</p>\n";
+            html += "<p>" + ZqTestReports::XmlEscape(note) + "</p>\n";
         html += "<table><tr>" + cell("Referenz", view.reference) + cell("Bild", view.render) +
                 cell("Differenz (x8)", view.difference) + "</tr></table>\n";
     }
