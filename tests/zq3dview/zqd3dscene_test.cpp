@@ -187,3 +187,30 @@ TEST(ZqD3DScene, GLObjectsHaveOneOwnerAndOutliveTheirContextHarmlessly)
     kept.Reset();
     EXPECT_FALSE(kept);
 }
+
+TEST(ZqD3DScene, ReleasingOneScenesObjectsWhileAnotherIsCurrentLeavesTheOtherIntact)
+{
+    // Both scenes number their GL objects alike, so a name deleted in the wrong context would take
+    // the other scene's buffers and program with it.
+    const ZqColorRGBA blue = ZqColorRGBA::Blue;
+    ZqD3DScene a({0, 0, 64, 64}), b({0, 0, 64, 64});
+    ZqTestGeometry::TwoSpheres(a, &blue, &blue);
+    ZqTestGeometry::TwoSpheres(b, &blue, &blue);
+    for (ZqD3DScene* scene : {&a, &b})
+        R::CreateView(L"v", {0, 0, -1}, {0, 1, 0}, 0.0f).fnSetupCamera(*scene);
+    a.Render();
+    b.Render();
+    ZqBitmap before, after;
+    b.GetScreenshot(before);
+    // b's context is current now; a's objects let go of their names without a's context.
+    a.GetSceneGraph().GetRoot().ReleaseDeviceResources();
+    a.GetSceneGraph().GetViewItem(0)->Release();
+    b.Render();
+    b.GetScreenshot(after);
+    EXPECT_TRUE(before == after);
+    // a makes what it released again in its own context.
+    a.Render();
+    ZqBitmap again;
+    a.GetScreenshot(again);
+    EXPECT_TRUE(again == before);
+}

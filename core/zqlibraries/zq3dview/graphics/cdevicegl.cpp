@@ -49,8 +49,9 @@ CDeviceGL::CDeviceGL(unsigned int width, unsigned int height)
 
 CDeviceGL::~CDeviceGL()
 {
-    // The GL names go while their context is current; the context goes last.
-    m_context->MakeCurrent();
+    // The GL names go while their context is current (a context that cannot be made current keeps
+    // them until it is destroyed); the context goes last.
+    m_context->TryMakeCurrent();
     m_framebuffer.Reset();
     m_depth.Reset();
     m_colour.Reset();

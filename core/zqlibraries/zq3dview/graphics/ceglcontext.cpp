@@ -292,11 +292,15 @@ CEglContext::~CEglContext()
     releaseDisplay(m_display);
 }
 
+bool CEglContext::TryMakeCurrent() const noexcept
+{
+    return eglGetCurrentContext() == m_context ||
+           eglMakeCurrent(m_display->display, EGL_NO_SURFACE, EGL_NO_SURFACE, m_context);
+}
+
 void CEglContext::MakeCurrent() const
 {
-    if (eglGetCurrentContext() == m_context)
-        return;
-    if (!eglMakeCurrent(m_display->display, EGL_NO_SURFACE, EGL_NO_SURFACE, m_context))
+    if (!TryMakeCurrent())
         throw CExceptionGraphics(__FILE__, __LINE__, "Graphics::CEglContext::MakeCurrent",
                                  m_platformName + ": eglMakeCurrent failed (" + eglErrorName(eglGetError()) +
                                      ")");

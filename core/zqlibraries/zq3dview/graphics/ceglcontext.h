@@ -28,7 +28,10 @@ public:
     CEglContext();
     ~CEglContext();
 
+    // Throws CExceptionGraphics when EGL refuses.
     void MakeCurrent() const;
+    // False when EGL refuses; for destructors.
+    bool TryMakeCurrent() const noexcept;
     // "EGL surfaceless" or "EGL device <n>" with the device's driver when EGL names it.
     const std::string& GetPlatformName() const { return m_platformName; }
 

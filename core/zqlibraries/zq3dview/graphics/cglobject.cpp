@@ -5,47 +5,38 @@
 
 namespace Graphics
 {
-namespace
+void* GetCurrentContext() noexcept
 {
-bool hasCurrentContext() noexcept
-{
-    return eglGetCurrentContext() != EGL_NO_CONTEXT;
+    return eglGetCurrentContext();
 }
-} // namespace
 
 void SBufferTraits::Delete(unsigned int name) noexcept
 {
-    if (hasCurrentContext())
-        glDeleteBuffers(1, &name);
+    glDeleteBuffers(1, &name);
 }
 
 void SVertexArrayTraits::Delete(unsigned int name) noexcept
 {
-    if (hasCurrentContext())
-        glDeleteVertexArrays(1, &name);
+    glDeleteVertexArrays(1, &name);
 }
 
 void SShaderTraits::Delete(unsigned int name) noexcept
 {
-    if (hasCurrentContext())
-        glDeleteShader(name);
+    glDeleteShader(name);
 }
 
 void SProgramTraits::Delete(unsigned int name) noexcept
 {
-    if (hasCurrentContext())
-        glDeleteProgram(name);
+    glDeleteProgram(name);
 }
 
 void SRenderbufferTraits::Delete(unsigned int name) noexcept
 {
-    if (hasCurrentContext())
-        glDeleteRenderbuffers(1, &name);
+    glDeleteRenderbuffers(1, &name);
 }
 
 void SFramebufferTraits::Delete(unsigned int name) noexcept
 {
-    if (hasCurrentContext())
-        glDeleteFramebuffers(1, &name);
+    glDeleteFramebuffers(1, &name);
 }
 } // namespace Graphics

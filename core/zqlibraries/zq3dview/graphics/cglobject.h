@@ -6,25 +6,37 @@
 
 namespace Graphics
 {
+// The EGL context current on this thread, null when there is none.
+ZQ3DVIEW_API void* GetCurrentContext() noexcept;
+
 // Owns exactly one OpenGL object name and deletes it when destroyed or reset; move-only, so a name
 // has one owner and no raw name travels through the scene code. Traits::Delete(name) deletes a
 // name of its kind. Releasing a scene's device resources is destroying these wrappers; creating
 // them again is the same code as the first time.
 //
-// A name is deleted only while a context is current: names of a context that is gone were freed
-// with it. The device releases every scene resource before it destroys its context.
+// A name belongs to the context that was current when the wrapper took it, and is deleted only
+// while that context is current: names of a context that is gone were freed with it, and a name is
+// never deleted in another context, where it would stand for another object. The scene releases its
+// resources in its device's context before the device goes.
 template <class Traits> class CGLObject
 {
 public:
     CGLObject() noexcept = default;
-    explicit CGLObject(unsigned int name) noexcept : m_name(name) {}
-    CGLObject(CGLObject&& other) noexcept : m_name(std::exchange(other.m_name, 0u)) {}
+    explicit CGLObject(unsigned int name) noexcept
+        : m_name(name), m_context(name ? GetCurrentContext() : nullptr)
+    {
+    }
+    CGLObject(CGLObject&& other) noexcept
+        : m_name(std::exchange(other.m_name, 0u)), m_context(std::exchange(other.m_context, nullptr))
+    {
+    }
     CGLObject& operator=(CGLObject&& other) noexcept
     {
         if (this != &other)
         {
             Reset();
             m_name = std::exchange(other.m_name, 0u);
+            m_context = std::exchange(other.m_context, nullptr);
         }
         return *this;
     }
@@ -37,16 +49,18 @@ public:
 
     void Reset() noexcept
     {
-        if (m_name)
+        if (m_name && GetCurrentContext() == m_context)
             Traits::Delete(m_name);
         m_name = 0;
+        m_context = nullptr;
     }
 
 private:
     unsigned int m_name = 0;
+    void* m_context = nullptr;
 };
 
-// The deleters, one per kind of object.
+// The deleters, one per kind of object; called with the name's context current.
 struct ZQ3DVIEW_API SBufferTraits
 {
     static void Delete(unsigned int name) noexcept;
