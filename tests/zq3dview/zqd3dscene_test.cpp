@@ -214,3 +214,26 @@ TEST(ZqD3DScene, ReleasingOneScenesObjectsWhileAnotherIsCurrentLeavesTheOtherInt
     a.GetScreenshot(again);
     EXPECT_TRUE(again == before);
 }
+
+TEST(ZqD3DScene, AnEffectSharedByMaterialsAndTheSceneGoesWithItsLastHolder)
+{
+    // ZqEffect::Release gives back device resources; the reference count must not be confused with it.
+    static int destroyed = 0;
+    struct CountedEffect : ZqEffectSimple
+    {
+        ~CountedEffect() override { ++destroyed; }
+    };
+    {
+        ZqD3DScene scene({0, 0, 32, 32});
+        R::SetupSceneDefault(scene, ZqColorRGBA::Black);
+        const CbSmartPointer<ZqEffect> effect = CbMakeSmart<CountedEffect>();
+        auto sphere = ZqTestGeometry::Sphere(L"kugel", 1.0f, {0, 0, 0});
+        ZqTestGeometry::Paint(*sphere, effect, ZqColorRGBA::White);
+        scene.GetSceneGraph().AppendItem(sphere);
+        scene.GetSceneGraph().AppendViewItem(effect);
+        scene.Render();
+        EXPECT_EQ(effect->GetReferenceCount(), 3u);
+        EXPECT_TRUE(effect->IsInitialized());
+    }
+    EXPECT_EQ(destroyed, 1);
+}
