@@ -16,7 +16,7 @@ struct SEglDisplay;
 //                  else the first device;
 //   unset, "auto"  the device platform when a device that is not a software renderer exists (a
 //                  GPU), else the surfaceless platform: llvmpipe on a machine without GPU.
-// Contexts of one platform share one initialised display, terminated with the last of them.
+// Contexts of one platform share one initialised display, kept for the life of the process.
 //
 // When no 4.5 core context can be had the constructor throws CExceptionGraphics with one line that
 // names what was found (no EGL library, no platform, or the version the driver offers instead).
