@@ -24,6 +24,11 @@ if(ZQ_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+if(ZQ_SANITIZE_THREAD)
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+endif()
+
 # zq_add_library(NAME DIR) builds the shared library NAME from every .cpp below DIR except the
 # module's *_unittest.cpp files, which the module target gathers. The library's headers are
 # included as <name/header.h> relative to the parent of DIR.

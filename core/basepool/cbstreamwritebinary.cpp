@@ -4,7 +4,31 @@
 
 #include <cerrno>
 #include <cstring>
+#include <fstream>
+#include <sys/stat.h>
 #include <unistd.h>
+
+namespace
+{
+// The mode a file made by open(path, O_CREAT, 0666) would get: an existing file keeps its mode, a new
+// one gets 0666 less the process's umask. mkstemp makes its file 0600, which would leave every
+// atomically written file readable by its owner alone.
+mode_t creationMode(const std::string& path)
+{
+    struct stat existing;
+    if (stat(path.c_str(), &existing) == 0)
+        return existing.st_mode & 07777;
+    // The umask can be read without changing it from /proc; umask() itself would set it for every
+    // thread for a moment.
+    std::ifstream status("/proc/self/status");
+    for (std::string line; std::getline(status, line);)
+        if (line.rfind("Umask:", 0) == 0)
+            return 0666 & ~static_cast<mode_t>(std::stoul(line.substr(6), nullptr, 8));
+    const mode_t mask = umask(022);
+    umask(mask);
+    return 0666 & ~mask;
+}
+} // namespace
 
 CbStreamWriteBinary::CbStreamWriteBinary(std::vector<unsigned char>& buffer, unsigned int version)
     : m_buffer(&buffer), m_version(version)
@@ -20,6 +44,7 @@ CbStreamWriteBinary::CbStreamWriteBinary(const std::string& path, unsigned int v
         CB_THROW(CbExceptionFile, "CbStreamWriteBinary::CbStreamWriteBinary",
                  "cannot create " + pattern + ": " + std::strerror(errno));
     m_temporaryPath = pattern;
+    fchmod(fd, creationMode(path));
     m_file = fdopen(fd, "wb");
     if (!m_file)
     {

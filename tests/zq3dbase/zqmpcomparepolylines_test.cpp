@@ -135,6 +135,9 @@ TEST(ZqMpComparePolylines, MissingInputOrBadToleranceFailsTheComputation)
     EXPECT_FALSE(comparison.Compute());
     comparison.SetParameters(0.0f);
     EXPECT_TRUE(comparison.Compute() && comparison.GetOutput());
+    comparison.SetParameters(-1.0f);
+    EXPECT_FALSE(comparison.Compute());
+    EXPECT_FALSE(comparison.GetOutput()) << "a failed computation leaves no stale result";
 }
 
 TEST(ZqMpComparePolylines, ItsTestPartPassesOnlyForEqualPolylines)

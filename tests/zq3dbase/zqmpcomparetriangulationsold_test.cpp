@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -72,8 +73,8 @@ TEST(ZqMpCompareTriangulationsOldTest, PositionsWithinAndBeyondTheTolerance)
     b.GetPositions()[3].z += 0.001f;
     EXPECT_FALSE(c.Run(a, b, 0));
     ASSERT_EQ(c.errors.size(), 1u);
-    EXPECT_NE(c.errors[0].find("vertex 3 differs"), std::string::npos) << c.errors[0];
-    EXPECT_NE(c.errors[0].find("1 of 8 vertices differ"), std::string::npos) << c.errors[0];
+    EXPECT_NE(c.errors[0].find("Eckpunkt 3 verschieden"), std::string::npos) << c.errors[0];
+    EXPECT_NE(c.errors[0].find("1 von 8 Eckpunkten verschieden"), std::string::npos) << c.errors[0];
     EXPECT_TRUE(c.Run(a, b, 0, 0.002f));
     // Relative: 0.001 of the diagonal (sqrt 3) covers 0.0015, not 0.002.
     b.GetPositions()[3].z += 0.001f;
@@ -88,14 +89,14 @@ TEST(ZqMpCompareTriangulationsOldTest, CountsAndCorners)
     b.AddVertex({5, 5, 5});
     SComparison c;
     EXPECT_FALSE(c.Run(a, b, 0));
-    EXPECT_EQ(c.errors, std::vector<std::string>{"vertex counts differ: 8 and 9"});
+    EXPECT_EQ(c.errors, std::vector<std::string>{"Anzahl der Eckpunkte verschieden: 8 und 9"});
 
     ZqTriangulationStatic rotated(a), flipped(a);
     const ZqTriangleCorners t = a.Get(CbTriangleRef(5));
     rotated.SetConnectivity(5, t[1], t[2], t[0]);
     flipped.SetConnectivity(5, t[0], t[2], t[1]);
     EXPECT_FALSE(c.Run(a, rotated, 0));
-    EXPECT_NE(c.errors[0].find("triangle 5 differs"), std::string::npos) << c.errors[0];
+    EXPECT_NE(c.errors[0].find("Dreieck 5 verschieden"), std::string::npos) << c.errors[0];
     EXPECT_TRUE(c.Run(a, rotated, ZqMpCompareTriangulationsOld::eF_CyclicCorners));
     EXPECT_FALSE(c.Run(a, flipped, ZqMpCompareTriangulationsOld::eF_CyclicCorners));
 }
@@ -109,14 +110,22 @@ TEST(ZqMpCompareTriangulationsOldTest, AttributesOnlyWhenAsked)
     EXPECT_TRUE(c.Run(a, b, 0));
     EXPECT_FALSE(c.Run(a, b, ZqMpCompareTriangulationsOld::eF_CompareAttributes));
     ASSERT_EQ(c.errors.size(), 1u);
-    EXPECT_NE(c.errors[0].find("vertex attribute 'normal' differs at element 6"), std::string::npos)
+    EXPECT_NE(c.errors[0].find("Eckpunkt-Attribut 'normal' verschieden bei Element 6"), std::string::npos)
         << c.errors[0];
+
+    // Equal infinities and NaNs are the same value; an infinity against a finite value is not.
+    ZqTriangulationDynamic c1(a), c2(a);
+    c1.Get<eVA_Normal>(CbVertexRef(2)) = {-INFINITY, NAN, INFINITY};
+    c2.Get<eVA_Normal>(CbVertexRef(2)) = {-INFINITY, NAN, INFINITY};
+    EXPECT_TRUE(c.Run(c1, c2, ZqMpCompareTriangulationsOld::eF_CompareAttributes, 0.5f));
+    c2.Get<eVA_Normal>(CbVertexRef(2)).z = 1e30f;
+    EXPECT_FALSE(c.Run(c1, c2, ZqMpCompareTriangulationsOld::eF_CompareAttributes, 0.5f));
 
     ZqTriangulationDynamic d(a);
     d.Assert(eTA_Material);
     EXPECT_FALSE(c.Run(a, d, ZqMpCompareTriangulationsOld::eF_CompareAttributes));
-    EXPECT_EQ(c.errors, std::vector<std::string>{
-                            "triangle attribute 'material' is present only in the second triangulation"});
+    EXPECT_EQ(c.errors,
+              std::vector<std::string>{"Dreieck-Attribut 'material' fehlt in der ersten Triangulation"});
 
     ZqTriangulationDynamic e(a);
     e.SetSerialize(eVA_Normal, true);
@@ -132,7 +141,7 @@ TEST(ZqMpCompareTriangulationsOldTest, ParametersByValue)
     SComparison c;
     EXPECT_TRUE(c.Run(a, b, ZqMpCompareTriangulationsOld::eF_CompareAttributes));
     EXPECT_FALSE(c.Run(a, b, ZqMpCompareTriangulationsOld::eF_CompareParameters));
-    EXPECT_NE(c.errors[0].find("parameter of vertex attribute 'parameters' differs: planar"),
+    EXPECT_NE(c.errors[0].find("Eckpunkt-Attribut 'parameters': Parameter verschieden: planar"),
               std::string::npos);
     // Another object with the same values is equal; other values are not.
     b.SetAttributeParameter(eVA_Parameter, CbMakeSmart<ZqParametrizationPlanar>());

@@ -247,9 +247,11 @@ TEST(ZqTriangulationFileTest, TruncationAtEveryByteIsRefused)
         const std::string reason = refusal(cut);
         EXPECT_NE(reason, "") << "accepted " << size << " of " << good.size() << " bytes";
         if (size >= kAttributesOffset)
+        {
             EXPECT_TRUE(reason.find("the data ends inside") != std::string::npos ||
                         reason.find("remain") != std::string::npos)
                 << size << ": " << reason;
+        }
     }
 }
 

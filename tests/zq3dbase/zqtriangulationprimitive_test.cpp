@@ -1,7 +1,7 @@
 // The primitive generators: every shape closed, oriented outward, without duplicate vertices and of
 // the documented size; refused configurations make Compute fail.
 
-#include "triangulationchecks.h"
+#include "triangulationtesting.h"
 #include "zq3dbase/zqmptriangulationprimitive.h"
 #include "zq3dbase/zqmptriangulationprimitiveold.h"
 
@@ -23,34 +23,24 @@ void expectClosedOutward(const ZqTriangulationBase& t, const std::string& what)
         ASSERT_NEAR(n.Length(), 1.0f, 1e-5f) << what;
 }
 
-ZqTriangulationStatic generate(const wchar_t* name, unsigned int subdivision)
-{
-    ZqMpTriangulationPrimitive primitive;
-    primitive.SetPrimitive(name);
-    ZqTriangulationPrimitiveConfiguration configuration;
-    configuration.SetSubdivision(subdivision);
-    primitive.SetConfiguration(configuration);
-    EXPECT_TRUE(primitive.Compute()) << primitive.GetLastError();
-    return primitive.GetOutput();
-}
 } // namespace
 
 TEST(ZqMpTriangulationPrimitiveTest, NamedPrimitivesAreClosedAndOutward)
 {
     for (unsigned int s = 0; s <= 3; ++s)
     {
-        const ZqTriangulationStatic ico = generate(L"icosahedron", s);
+        const ZqTriangulationStatic ico = MakePrimitive(L"icosahedron", s);
         EXPECT_EQ(ico.GetTriangleCount(), 20u << (2 * s));
         expectClosedOutward(ico, "icosahedron " + std::to_string(s));
         for (const CbVector3f& p : ico.GetPositions())
             ASSERT_NEAR(p.Length(), 1.0f, 1e-6f);
 
-        const ZqTriangulationStatic cube = generate(L"cube", s);
+        const ZqTriangulationStatic cube = MakePrimitive(L"cube", s);
         EXPECT_EQ(cube.GetTriangleCount(), 12u << (2 * s));
         expectClosedOutward(cube, "cube " + std::to_string(s));
         EXPECT_NEAR(SignedVolume6(cube), 6.0 * 8.0, 1e-3);
 
-        const ZqTriangulationStatic cylinder = generate(L"Cylinder", s);
+        const ZqTriangulationStatic cylinder = MakePrimitive(L"Cylinder", s);
         EXPECT_EQ(cylinder.GetTriangleCount(), 2u * (8u << s) * ((1u << s) + 1));
         expectClosedOutward(cylinder, "cylinder " + std::to_string(s));
     }
@@ -58,7 +48,7 @@ TEST(ZqMpTriangulationPrimitiveTest, NamedPrimitivesAreClosedAndOutward)
 
 TEST(ZqMpTriangulationPrimitiveTest, RenderSceneIcosahedronHasItsDocumentedSize)
 {
-    const ZqTriangulationStatic ico = generate(L"icosahedron", 6);
+    const ZqTriangulationStatic ico = MakePrimitive(L"icosahedron", 6);
     EXPECT_EQ(ico.GetTriangleCount(), 81920u);
     EXPECT_EQ(ico.GetVertexCount(), 40962u);
     EXPECT_EQ(WatertightProblem(ico), "");

@@ -4,6 +4,7 @@
 
 #include "basepool/cbexception.h"
 #include "zq3dbase/zqtriangulationdynamic.h"
+#include "zq3dbase/zqtriangulationshapes.h"
 #include "zq3dbase/zqtriangulationstatic.h"
 
 #include <gtest/gtest.h>
@@ -23,16 +24,7 @@ using Relation = ZqVertexTriangleRelation;
 ZqTriangulationStatic grid()
 {
     ZqTriangulationStatic t;
-    t.SetVertexCount(16);
-    for (unsigned int v = 0; v < 16; ++v)
-        t.SetVertex(v, {float(v % 4), float(v / 4), 0});
-    t.SetTriangleCount(18);
-    for (unsigned int s = 0; s < 9; ++s)
-    {
-        const unsigned int v00 = (s / 3) * 4 + s % 3;
-        t.SetConnectivity(2 * s, v00, v00 + 1, v00 + 5);
-        t.SetConnectivity(2 * s + 1, v00, v00 + 5, v00 + 4);
-    }
+    ZqTriangulationShapes::Grid(t, 3, 3);
     t.ComputeVertexTriangleRelationship();
     return t;
 }
@@ -80,7 +72,9 @@ void expectChained(const ZqTriangulationBase& t, bool closed)
         ASSERT_EQ(a[2], b[1]) << "entry " << i;
     }
     if (!closed)
+    {
         EXPECT_EQ(t.Get(CbTriangleRef(r.GetTriangle(0, 0)))[1], 1u) << "an open fan starts at its border";
+    }
 }
 } // namespace
 

@@ -2,6 +2,7 @@
 // message, throwing, crashing, hanging, reporting a random seed, recreating a reference.
 
 #include "basepool/cbexception.h"
+#include "fixturebase.h"
 #include "zqbase/iunittestrecreate.h"
 #include "zqbase/zqfilesystem.h"
 #include "zqbase/zqtestenvironment.h"
@@ -15,26 +16,6 @@
 #include <stdexcept>
 #include <thread>
 #include <unistd.h>
-
-namespace
-{
-// Subtests named by a table; run(i) decides how subtest i ends.
-class CFixture : public ZqUnitTest
-{
-protected:
-    CFixture(std::initializer_list<const wchar_t*> names) : m_names(names) {}
-    unsigned int getSubtestCount() const override { return static_cast<unsigned>(m_names.size()); }
-    CString getSubtestName(unsigned int index) override
-    {
-        if (index >= m_names.size())
-            CB_THROW(CbException, "CFixture::getSubtestName");
-        return m_names[index];
-    }
-
-private:
-    std::vector<const wchar_t*> m_names;
-};
-} // namespace
 
 class ZqFixturePass_UnitTest : public CFixture
 {
@@ -104,6 +85,7 @@ protected:
             return ePassed;
         case 1:
             WriteMessage(eError, L"gleich knallt es\n");
+            std::printf("Ausgabe vor dem Absturz");
             std::raise(SIGSEGV);
             return ePassed;
         case 3:
@@ -125,8 +107,12 @@ protected:
     EResult runUnitTest(unsigned int index) override
     {
         if (index == 1)
+        {
+            std::printf("Ausgabe vor dem Hängen");
+            NotePid("hang", getpid());
             for (;;)
                 std::this_thread::sleep_for(std::chrono::seconds(1));
+        }
         return ePassed;
     }
 };

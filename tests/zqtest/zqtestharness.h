@@ -2,13 +2,20 @@
 
 // Runs the built zqtest as a child process on the fixture module and reads back what it wrote.
 
+#include <chrono>
+#include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <spawn.h>
 #include <sstream>
 #include <string>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -17,6 +24,8 @@ namespace zqtest
 inline const std::string kRunner = ZQ_BINARY_DIR "/zqtest";
 inline const std::string kFixture = ZQ_BINARY_DIR "/libZqTestFixture.so";
 inline const std::string kEmptyModule = ZQ_BINARY_DIR "/libZqTestEmptyModule.so";
+
+extern "C" char** environ;
 
 struct SResult
 {
@@ -47,16 +56,11 @@ inline std::string Quote(const std::string& text)
     return quoted + "'";
 }
 
-// Runs "env... zqtest args..." with stdout and stderr together.
-inline SResult RunZqTest(const std::vector<std::string>& args, const std::string& environment = "")
+// Runs a shell command line with stdout and stderr together.
+inline SResult RunShell(const std::string& command)
 {
-    std::string command = environment;
-    command.append(" ").append(Quote(kRunner));
-    for (const std::string& arg : args)
-        command.append(" ").append(Quote(arg));
-    command += " 2>&1";
     SResult result;
-    FILE* pipe = popen(command.c_str(), "r");
+    FILE* pipe = popen((command + " 2>&1").c_str(), "r");
     if (!pipe)
         return result;
     char buffer[4096];
@@ -65,6 +69,22 @@ inline SResult RunZqTest(const std::vector<std::string>& args, const std::string
     const int status = pclose(pipe);
     result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     return result;
+}
+
+// Runs program args... with stdout and stderr together, after the variable settings in environment.
+inline SResult RunProgram(const std::string& program, const std::vector<std::string>& args,
+                          const std::string& environment = "")
+{
+    std::string command = environment;
+    command.append(" ").append(Quote(program));
+    for (const std::string& arg : args)
+        command.append(" ").append(Quote(arg));
+    return RunShell(command);
+}
+
+inline SResult RunZqTest(const std::vector<std::string>& args, const std::string& environment = "")
+{
+    return RunProgram(kRunner, args, environment);
 }
 
 inline std::string ReadFile(const std::string& path)
@@ -90,6 +110,105 @@ public:
 
 private:
     std::string m_path;
+};
+
+// Polls condition until it holds or seconds have passed; returns whether it held.
+inline bool WaitFor(const std::function<bool()>& condition, double seconds)
+{
+    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+    while (!condition())
+    {
+        if (std::chrono::steady_clock::now() > end)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
+}
+
+// A process that exists and is not a zombie.
+inline bool IsAlive(pid_t pid)
+{
+    std::string stat;
+    std::getline(std::ifstream("/proc/" + std::to_string(pid) + "/stat"), stat);
+    const std::size_t close = stat.rfind(')');
+    return close != std::string::npos && close + 2 < stat.size() && stat[close + 2] != 'Z' &&
+           stat[close + 2] != 'X';
+}
+
+// The pid a fixture subtest noted under role in directory (NotePid), once it is there.
+inline pid_t AwaitPid(const std::string& directory, const std::string& role, double seconds = 10)
+{
+    const std::string path = directory + "/" + role;
+    if (!WaitFor([&] { return std::filesystem::exists(path); }, seconds))
+        return -1;
+    return static_cast<pid_t>(std::stol(ReadFile(path)));
+}
+
+// The runner started in the background, stdout and stderr into a file, in a process group of its
+// own (so that whatever it does to its group stays there). Killed if still running at the end.
+class CBackgroundRun
+{
+public:
+    CBackgroundRun(std::vector<std::string> args, const std::map<std::string, std::string>& environment,
+                   const std::string& outputFile)
+    {
+        args.insert(args.begin(), kRunner);
+        std::vector<char*> argv;
+        for (std::string& arg : args)
+            argv.push_back(arg.data());
+        argv.push_back(nullptr);
+        std::vector<std::string> variables;
+        for (char** variable = environ; *variable; ++variable)
+            variables.emplace_back(*variable);
+        for (const auto& [name, value] : environment)
+            variables.push_back(name + "=" + value);
+        std::vector<char*> envp;
+        for (std::string& variable : variables)
+            envp.push_back(variable.data());
+        envp.push_back(nullptr);
+
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 1, outputFile.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        posix_spawn_file_actions_adddup2(&actions, 1, 2);
+        posix_spawnattr_t attributes;
+        posix_spawnattr_init(&attributes);
+        posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETPGROUP);
+        posix_spawnattr_setpgroup(&attributes, 0);
+        if (posix_spawn(&m_pid, kRunner.c_str(), &actions, &attributes, argv.data(), envp.data()) != 0)
+            m_pid = -1;
+        posix_spawnattr_destroy(&attributes);
+        posix_spawn_file_actions_destroy(&actions);
+    }
+    ~CBackgroundRun()
+    {
+        if (m_pid > 0 && !m_waited)
+        {
+            kill(m_pid, SIGKILL);
+            Wait();
+        }
+    }
+    CBackgroundRun(const CBackgroundRun&) = delete;
+    CBackgroundRun& operator=(const CBackgroundRun&) = delete;
+
+    pid_t Pid() const { return m_pid; }
+    void Signal(int signal) const { kill(m_pid, signal); }
+    // The wait status; kills the runner first when it has not ended within seconds.
+    int Wait(double seconds = 30)
+    {
+        int status = 0;
+        if (!WaitFor([&] { return waitpid(m_pid, &status, WNOHANG) == m_pid; }, seconds))
+        {
+            kill(m_pid, SIGKILL);
+            waitpid(m_pid, &status, 0);
+        }
+        m_waited = true;
+        return status;
+    }
+
+private:
+    pid_t m_pid = -1;
+    bool m_waited = false;
 };
 
 // Subtest results of our own JSON report by "Class.#index".

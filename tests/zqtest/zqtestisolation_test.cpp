@@ -34,6 +34,9 @@ TEST(ZqTestIsolation, CrashesAreReportedAgainstTheirSubtestAndTheClassGoesOn)
     EXPECT_EQ(segv.at("result"), "crashed");
     EXPECT_TRUE(segv.at("outcome").is_null());
     EXPECT_EQ(segv.at("messages").at(0).at("text"), "gleich knallt es\n");
+    // Printed without a newline or a flush just before the crash, and kept all the same.
+    // (A sanitizer's report of the crash may follow it.)
+    EXPECT_EQ(segv.at("output").get<std::string>().rfind("Ausgabe vor dem Absturz", 0), 0u) << segv;
     EXPECT_EQ(byName.at("ZqFixtureCrash_UnitTest.#2").at("result"), "ePassed");
     EXPECT_EQ(byName.at("ZqFixtureCrash_UnitTest.#3").at("result"), "crashed");
     EXPECT_EQ(byName.at("ZqFixtureCrash_UnitTest.#4").at("result"), "ePassed");
@@ -57,6 +60,7 @@ TEST(ZqTestIsolation, AHangIsKilledAfterTheTimeoutAndTheRestRuns)
     EXPECT_EQ(byName.at("ZqFixtureHang_UnitTest.#0").at("result"), "ePassed");
     EXPECT_EQ(byName.at("ZqFixtureHang_UnitTest.#1").at("result"), "timeout");
     EXPECT_GE(byName.at("ZqFixtureHang_UnitTest.#1").at("seconds").get<double>(), 0.9);
+    EXPECT_EQ(byName.at("ZqFixtureHang_UnitTest.#1").at("output"), "Ausgabe vor dem Hängen");
     EXPECT_EQ(byName.at("ZqFixtureHang_UnitTest.#2").at("result"), "ePassed");
     EXPECT_LT(seconds, 30.0);
     EXPECT_TRUE(result.Contains("[  FAILED  ] ZqFixtureHang_UnitTest.hängt (timeout)")) << result.output;
@@ -130,4 +134,71 @@ TEST(ZqTestIsolation, FailFastSkipsEverythingAfterTheFirstFailure)
         // Pass runs first (registration order), then Mixed stops at its second subtest.
         EXPECT_EQ(result.LastLine(), "4 passed, 1 failed, 4 skipped") << result.output;
     }
+}
+
+TEST(ZqTestIsolation, FailFastStopsAtAClassWhoseSubtestsCannotBeRead)
+{
+    for (const char* mode : {"--jobs=1", "--in-process"})
+    {
+        SCOPED_TRACE(mode);
+        const SResult result = RunZqTest({"--filter", "ZqFixtureInitThrows_UnitTest:ZqFixturePass_UnitTest",
+                                          "--fail-fast", mode, kFixture});
+        EXPECT_EQ(result.exitCode, 1);
+        EXPECT_TRUE(result.Contains("Tabelle fehlt")) << result.output;
+        EXPECT_EQ(result.LastLine(), "0 passed, 1 failed, 3 skipped") << result.output;
+    }
+}
+
+TEST(ZqTestIsolation, AnOutcomeOutsideEResultFailsWithAReason)
+{
+    CTemporaryDirectory directory;
+    SResult result;
+    const auto byName =
+        SubtestsByName(RunForJson({"--filter", "ZqFixtureOutcome_UnitTest", "--jobs=1"}, result, directory));
+    EXPECT_EQ(result.exitCode, 1);
+    for (int outcome : {0, 7})
+    {
+        const auto& subtest = byName.at("ZqFixtureOutcome_UnitTest.#" + std::to_string(outcome ? 1 : 0));
+        EXPECT_EQ(subtest.at("result"), "invalid(" + std::to_string(outcome) + ")");
+        EXPECT_EQ(subtest.at("outcome"), outcome);
+        const std::string reason =
+            "returned " + std::to_string(outcome) + ", which is no EResult value (ePassed 1, eFailed 2";
+        EXPECT_NE(subtest.at("failure").get<std::string>().find(reason), std::string::npos);
+        EXPECT_TRUE(result.Contains("    " + reason)) << result.output;
+    }
+}
+
+TEST(ZqTestIsolation, AGarbledEventStreamIsEndedByTheRunnerAndTheClassGoesOn)
+{
+    CTemporaryDirectory directory;
+    SResult result;
+    const auto byName = SubtestsByName(
+        RunForJson({"--filter", "ZqFixtureGarble_UnitTest", "--timeout", "20"}, result, directory));
+    const auto& garbled = byName.at("ZqFixtureGarble_UnitTest.#0");
+    EXPECT_EQ(garbled.at("result"), "crashed");
+    const std::string failure = garbled.at("failure");
+    EXPECT_NE(failure.find("ended by the runner"), std::string::npos) << failure;
+    EXPECT_NE(failure.find("kaputt"), std::string::npos) << failure;
+    EXPECT_EQ(failure.find("signal"), std::string::npos) << failure;
+    EXPECT_EQ(byName.at("ZqFixtureGarble_UnitTest.#1").at("result"), "ePassed");
+}
+
+TEST(ZqTestIsolation, AnExitInTheMiddleOfASubtest)
+{
+    CTemporaryDirectory directory;
+    const std::string marker = directory / "premature";
+    // Isolated, it is a crash of that subtest, and the run ends properly.
+    const SResult isolated =
+        RunZqTest({"--filter", "ZqFixtureExit_UnitTest", kFixture}, "TEST_PREMATURE_EXIT_FILE=" + marker);
+    EXPECT_EQ(isolated.exitCode, 1);
+    EXPECT_TRUE(isolated.Contains("crashed: the process exited with code 0")) << isolated.output;
+    EXPECT_EQ(isolated.LastLine(), "1 passed, 1 failed");
+    EXPECT_FALSE(std::filesystem::exists(marker));
+    // In process nothing can save the run: it ends with 0 and no summary, but the marker that a
+    // harness checks for stays.
+    const SResult inProcess = RunZqTest({"--in-process", "--filter", "ZqFixtureExit_UnitTest", kFixture},
+                                        "TEST_PREMATURE_EXIT_FILE=" + marker);
+    EXPECT_EQ(inProcess.exitCode, 0);
+    EXPECT_FALSE(inProcess.Contains(" passed, ")) << inProcess.output;
+    EXPECT_TRUE(std::filesystem::exists(marker));
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "basepool/cbarray.h"
+#include "basepool/cbexception.h"
 #include "basepool/cbsmartpointer.h"
 #include "zq3dbase/zqattributeparameter.h"
 
 #include <cstddef>
+#include <string>
 #include <tuple>
 #include <utility>
 
@@ -31,14 +33,15 @@ public:
     template <TEnum A> auto& Column() { return std::get<static_cast<std::size_t>(A)>(m_columns); }
     template <TEnum A> const auto& Column() const { return std::get<static_cast<std::size_t>(A)>(m_columns); }
 
-    // Calls function(column) for the column of a runtime attribute (which must be below kCount).
+    // Calls function(column) for the column of a runtime attribute; an attribute not below kCount
+    // throws CbExceptionPreconditionViolation.
     template <class F> decltype(auto) Visit(TEnum attribute, F&& function)
     {
-        return visit<0>(m_columns, static_cast<unsigned int>(attribute), function);
+        return visit<0>(m_columns, checked(attribute), function);
     }
     template <class F> decltype(auto) Visit(TEnum attribute, F&& function) const
     {
-        return visit<0>(m_columns, static_cast<unsigned int>(attribute), function);
+        return visit<0>(m_columns, checked(attribute), function);
     }
     // Calls function(attribute, column) for every column.
     template <class F> void ForEach(F&& function)
@@ -109,6 +112,15 @@ public:
     }
 
 private:
+    static unsigned int checked(TEnum attribute)
+    {
+        const auto index = static_cast<unsigned int>(attribute);
+        if (index >= kCount)
+            CB_THROW(CbExceptionPreconditionViolation, "ZqAttributeSet::Visit",
+                     "attribute " + std::to_string(index) + " of " + std::to_string(kCount));
+        return index;
+    }
+
     using Columns = std::tuple<ZqAttributeColumn<Ts>...>;
 
     template <std::size_t I, class TColumns, class F>

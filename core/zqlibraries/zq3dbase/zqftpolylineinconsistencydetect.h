@@ -42,7 +42,7 @@ public:
         eF_All = eF_Collapsed | eF_Twins,
     };
 
-    enum EInconsistencyType
+    enum EInconsistencyType : unsigned int
     {
         eIT_Collapsed = 1,
         eIT_Twin = 2,

@@ -49,7 +49,7 @@ public:
         eF_BackwardSegments = 1,
     };
 
-    enum ENonconformityType
+    enum ENonconformityType : unsigned int
     {
         eNT_BackwardSegment = 1,
     };

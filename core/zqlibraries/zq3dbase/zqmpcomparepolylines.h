@@ -27,8 +27,9 @@
 //
 // Inputs:  the two polylines (SetInput; both must outlive the computation), the tolerance, the
 //          debugging options.
-// Outputs: GetOutput: true when the polylines are equal; GetDifferenceCount: the number of vertices
-//          whose positions differ, or 1 when the closed flag or the vertex count differs.
+// Outputs: GetOutput: true when the last Compute succeeded and found the polylines equal;
+//          GetDifferenceCount: the number of vertices whose positions differ, or 1 when the closed
+//          flag or the vertex count differs.
 // Failure: no polylines or a negative or NaN tolerance throw CbExceptionPreconditionViolation inside
 //          Compute, which then returns false. A NaN coordinate equals nothing.
 class ZQ3DBASE_API ZqMpComparePolylines : public ZqAlgorithm, public ZqUnitTest
@@ -56,7 +57,7 @@ public:
     void SetDebuggingOption(unsigned int option, bool on = true);
     bool IsDebuggingOption(unsigned int option) const;
 
-    bool GetOutput() const { return m_equal; }
+    bool GetOutput() const { return IsCalculated() && m_equal; }
     unsigned int GetDifferenceCount() const { return m_differences; }
 
 protected:

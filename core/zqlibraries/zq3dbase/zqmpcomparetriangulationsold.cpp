@@ -32,8 +32,10 @@ template <class T> bool isNear(const T& a, const T& b, double tolerance)
 {
     const auto ca = components(a);
     const auto cb = components(b);
+    // Equal values (infinities included) and two NaNs agree; anything else must lie within the tolerance.
     for (std::size_t i = 0; i < ca.size(); ++i)
-        if (!(std::fabs(ca[i] - cb[i]) <= tolerance) && !(std::isnan(ca[i]) && std::isnan(cb[i])))
+        if (ca[i] != cb[i] && !(std::isnan(ca[i]) && std::isnan(cb[i])) &&
+            !(std::fabs(ca[i] - cb[i]) <= tolerance))
             return false;
     return true;
 }
@@ -60,14 +62,14 @@ bool sameCorners(const ZqTriangleCorners& a, const ZqTriangleCorners& b, bool cy
 
 const wchar_t* onOff(bool value)
 {
-    return value ? L"on" : L"off";
+    return value ? L"ein" : L"aus";
 }
 
-// "vertex attribute 'normal'"
+// "Eckpunkt-Attribut 'normal'"
 template <class TEnum> CString slotName(TEnum attribute)
 {
     const bool vertex = std::is_same_v<TEnum, EVertexAttribute>;
-    return CbFormat(L"%s attribute '%S'", vertex ? L"vertex" : L"triangle", ZqGetAttributeName(attribute));
+    return CbFormat(L"%s-Attribut '%S'", vertex ? L"Eckpunkt" : L"Dreieck", ZqGetAttributeName(attribute));
 }
 } // namespace
 
@@ -144,9 +146,9 @@ void ZqMpCompareTriangulationsOld::compareCounts()
     const unsigned int v1 = m_first->GetVertexCount(), v2 = m_second->GetVertexCount();
     const unsigned int t1 = m_first->GetTriangleCount(), t2 = m_second->GetTriangleCount();
     if (v1 != v2)
-        report(true, CbFormat(L"vertex counts differ: %u and %u", v1, v2));
+        report(true, CbFormat(L"Anzahl der Eckpunkte verschieden: %u und %u", v1, v2));
     if (t1 != t2)
-        report(true, CbFormat(L"triangle counts differ: %u and %u", t1, t2));
+        report(true, CbFormat(L"Anzahl der Dreiecke verschieden: %u und %u", t1, t2));
 }
 
 void ZqMpCompareTriangulationsOld::comparePositions(float tolerance)
@@ -160,12 +162,13 @@ void ZqMpCompareTriangulationsOld::comparePositions(float tolerance)
             if (count++ == 0)
                 firstDifference = v;
             else if (IsFlagSet(eF_ReportAll))
-                report(false, CbFormat(L"vertex %u differs: %s and %s", v, describe(a[v]), describe(b[v])));
+                report(false,
+                       CbFormat(L"Eckpunkt %u verschieden: %s und %s", v, describe(a[v]), describe(b[v])));
         }
     if (count > 0)
-        report(true, CbFormat(L"vertex %u differs: %s and %s; %u of %u vertices differ", firstDifference,
-                              describe(a[firstDifference]), describe(b[firstDifference]), count,
-                              unsigned(a.size())));
+        report(true, CbFormat(L"Eckpunkt %u verschieden: %s und %s; %u von %u Eckpunkten verschieden",
+                              firstDifference, describe(a[firstDifference]), describe(b[firstDifference]),
+                              count, unsigned(a.size())));
 }
 
 void ZqMpCompareTriangulationsOld::compareTriangles()
@@ -182,12 +185,13 @@ void ZqMpCompareTriangulationsOld::compareTriangles()
             if (count++ == 0)
                 firstDifference = t;
             else if (IsFlagSet(eF_ReportAll))
-                report(false, CbFormat(L"triangle %u differs: %s and %s", t, corners(a[t]), corners(b[t])));
+                report(false,
+                       CbFormat(L"Dreieck %u verschieden: %s und %s", t, corners(a[t]), corners(b[t])));
         }
     if (count > 0)
-        report(true,
-               CbFormat(L"triangle %u differs: %s and %s; %u of %u triangles differ", firstDifference,
-                        corners(a[firstDifference]), corners(b[firstDifference]), count, unsigned(a.size())));
+        report(true, CbFormat(L"Dreieck %u verschieden: %s und %s; %u von %u Dreiecken verschieden",
+                              firstDifference, corners(a[firstDifference]), corners(b[firstDifference]),
+                              count, unsigned(a.size())));
 }
 
 void ZqMpCompareTriangulationsOld::compareAttributes(float tolerance)
@@ -200,8 +204,8 @@ void ZqMpCompareTriangulationsOld::compareAttributes(float tolerance)
             {
                 if (a.present != b.present)
                 {
-                    report(true, CbFormat(L"%s is present only in the %s triangulation", slotName(attribute),
-                                          a.present ? L"first" : L"second"));
+                    report(true, CbFormat(L"%s fehlt in der %s Triangulation", slotName(attribute),
+                                          a.present ? L"zweiten" : L"ersten"));
                     return;
                 }
                 unsigned int firstDifference = 0, count = 0;
@@ -210,7 +214,7 @@ void ZqMpCompareTriangulationsOld::compareAttributes(float tolerance)
                         firstDifference = i;
                 if (count > 0)
                     report(true,
-                           CbFormat(L"%s differs at element %u: %s and %s; %u elements differ",
+                           CbFormat(L"%s verschieden bei Element %u: %s und %s; %u Elemente verschieden",
                                     slotName(attribute), firstDifference, describe(a.values[firstDifference]),
                                     describe(b.values[firstDifference]), count));
             });
@@ -223,22 +227,22 @@ void ZqMpCompareTriangulationsOld::compareSlots(float tolerance)
 {
     const auto compareSet = [this, tolerance](const auto& first, const auto& second)
     {
-        first.ForEachPair(
-            second,
-            [this, tolerance](auto attribute, const auto& a, const auto& b)
-            {
-                if (IsFlagSet(eF_CompareSerializeSwitches) && a.serialize != b.serialize)
-                    report(true, CbFormat(L"serialize switch of %s differs: %s and %s", slotName(attribute),
-                                          onOff(a.serialize), onOff(b.serialize)));
-                if (!IsFlagSet(eF_CompareParameters) || (!a.parameter && !b.parameter))
-                    return;
-                if (a.parameter && b.parameter && a.parameter->IsEqual(*b.parameter, tolerance))
-                    return;
-                const auto text = [](const CbSmartPointer<ZqAttributeParameter>& p)
-                { return p ? p->Describe() : CString(L"none"); };
-                report(true, CbFormat(L"parameter of %s differs: %s and %s", slotName(attribute),
-                                      text(a.parameter), text(b.parameter)));
-            });
+        first.ForEachPair(second,
+                          [this, tolerance](auto attribute, const auto& a, const auto& b)
+                          {
+                              if (IsFlagSet(eF_CompareSerializeSwitches) && a.serialize != b.serialize)
+                                  report(true, CbFormat(L"%s: Serialisierung %s und %s", slotName(attribute),
+                                                        onOff(a.serialize), onOff(b.serialize)));
+                              if (!IsFlagSet(eF_CompareParameters) || (!a.parameter && !b.parameter))
+                                  return;
+                              if (a.parameter && b.parameter && a.parameter->IsEqual(*b.parameter, tolerance))
+                                  return;
+                              const auto text = [](const CbSmartPointer<ZqAttributeParameter>& p)
+                              { return p ? p->Describe() : CString(L"keiner"); };
+                              report(true,
+                                     CbFormat(L"%s: Parameter verschieden: %s und %s", slotName(attribute),
+                                              text(a.parameter), text(b.parameter)));
+                          });
     };
     compareSet(m_first->GetVertexAttributes(), m_second->GetVertexAttributes());
     compareSet(m_first->GetTriangleAttributes(), m_second->GetTriangleAttributes());

@@ -53,7 +53,7 @@ void ZqTriangulationBase::ComputeVertexTriangleRelationship()
             m_triangles[t][2] >= vertexCount)
             CB_THROW(CbExceptionPreconditionViolation,
                      "ZqTriangulationBase::ComputeVertexTriangleRelationship",
-                     "the corners of triangle " + std::to_string(t) + " are not set");
+                     "triangle " + std::to_string(t) + " has a corner that is unset or not a vertex");
     m_relation.Compute(vertexCount, GetTriangles());
 }
 

@@ -1,10 +1,15 @@
 // Test of the first-generation triangulations: copies between the dynamic and static kinds,
 // a round trip through the triangulation file, and the attribute store with its serialize switches,
-// parameters and throw sites. Fixture: the default cube of ZqMpTriangulationPrimitiveOld with vertex
-// normals, surface parameters (vertex attribute 1) and a planar parametrization attached to them.
+// parameters and throw sites, followed by the named attributes, handles, switches and throw sites of
+// the same surface as a Geometry::CTriangulation. Fixture: the default cube of ZqMpTriangulationPrimitiveOld
+// with vertex normals, surface parameters (vertex attribute 1) and a planar parametrization attached to them.
 
 #include "basepool/cbexception.h"
 #include "basepool/cbsmartpointer.h"
+#include "zq3dbase/geometry/cattributehandle.h"
+#include "zq3dbase/geometry/cflagtriangulation.h"
+#include "zq3dbase/geometry/ctriangulation_serializer.h"
+#include "zq3dbase/geometry/ctriangulationconversion.h"
 #include "zq3dbase/zqmpcomparetriangulationsold.h"
 #include "zq3dbase/zqmptriangulationprimitiveold.h"
 #include "zq3dbase/zqparametrizationplanar.h"
@@ -37,11 +42,16 @@ private:
     EResult runCopy();
     EResult runSerialize();
     EResult runAttributes();
+    EResult runGeometryAttributes(const ZqTriangulationBase& triangulation);
 
     bool createTriangulation(ZqTriangulationDynamic& triangulation);
     bool compareTriangulations(int number, const ZqTriangulationBase& a, const ZqTriangulationBase& b);
     // Runs action and checks that it throws a CbException from zqtriangulationbase.h naming function.
     bool expectThrow(const char* what, const char* function, const std::function<void()>& action);
+    // The same for a throw site in header (a path below the repository root), and when kind is given
+    // also the exception's kind.
+    bool expectThrowFrom(const char* what, const char* function, std::string_view header, const char* kind,
+                         const std::function<void()>& action);
     EResult fail(const wchar_t* text)
     {
         WriteMessage(eError, text);
@@ -184,6 +194,14 @@ ZqUnitTest::EResult ZqTriangulationBase_UnitTest::runSerialize()
 bool ZqTriangulationBase_UnitTest::expectThrow(const char* what, const char* function,
                                                const std::function<void()>& action)
 {
+    return expectThrowFrom(what, function, "core/zqlibraries/zq3dbase/zqtriangulationbase.h", nullptr,
+                           action);
+}
+
+bool ZqTriangulationBase_UnitTest::expectThrowFrom(const char* what, const char* function,
+                                                   std::string_view header, const char* kind,
+                                                   const std::function<void()>& action)
+{
     try
     {
         action();
@@ -191,12 +209,18 @@ bool ZqTriangulationBase_UnitTest::expectThrow(const char* what, const char* fun
     catch (const CbException& e)
     {
         // The path is relative to the repository root; a build through a compiler cache may prefix it.
-        const std::string_view header = "core/zqlibraries/zq3dbase/zqtriangulationbase.h";
-        if (std::strcmp(e.GetFunction(), function) == 0 && std::string_view(e.GetFile()).ends_with(header))
-            return true;
-        WriteMessageFormat(eError, L"%S: Ausnahme aus %S in %S statt %S", what, e.GetFunction(), e.GetFile(),
-                           function);
-        return false;
+        if (std::strcmp(e.GetFunction(), function) != 0 || !std::string_view(e.GetFile()).ends_with(header))
+        {
+            WriteMessageFormat(eError, L"%S: Ausnahme aus %S in %S statt %S", what, e.GetFunction(),
+                               e.GetFile(), function);
+            return false;
+        }
+        if (kind && std::strcmp(e.GetKind(), kind) != 0)
+        {
+            WriteMessageFormat(eError, L"%S: %S statt %S", what, e.GetKind(), kind);
+            return false;
+        }
+        return true;
     }
     WriteMessageFormat(eError, L"%S: keine Ausnahme", what);
     return false;
@@ -256,5 +280,94 @@ ZqUnitTest::EResult ZqTriangulationBase_UnitTest::runAttributes()
     if (copy.GetAttributeParameter(eVA_Parameter).Get() !=
         triangulation.GetAttributeParameter(eVA_Parameter).Get())
         return fail(L"Kopie teilt das Parameterobjekt nicht");
+    return runGeometryAttributes(triangulation);
+}
+
+// The fixture as a Geometry::CTriangulation: its attributes under their names, handles of the four
+// value types, the serialize switch deciding what a stream carries, the element counts of the store
+// kinds, and one check per throw site of the Geometry stores.
+ZqUnitTest::EResult
+ZqTriangulationBase_UnitTest::runGeometryAttributes(const ZqTriangulationBase& triangulation)
+{
+    using namespace Geometry;
+    CTriangulation geometry;
+    CTriangulationConversion::Convert(triangulation, geometry);
+    const unsigned int last = geometry.GetVertexCount() - 1;
+    if (!(CAttributeHandle<CVertexRef, CbVector2f>(geometry, L"parameters")[CVertexRef(last)] ==
+          triangulation.Get<eVA_Parameter>(CbVertexRef(last))))
+        return fail(L"Geometrie-Triangulation: Flächenparameter nicht unter ihrem Namen");
+
+    geometry.AddAttribute<CVertexRef, float>(L"float");
+    geometry.AddAttribute<CVertexRef, double>(L"double");
+    geometry.AddAttribute<CVertexRef, CbVector3f>(L"CbVector3f");
+    geometry.AddAttribute<CVertexRef, ZqColorRGBA>(L"ZqColorRGBA");
+    CAttributeHandle<CVertexRef, float>(geometry, L"float")[CVertexRef(last)] = 0.5f;
+    CAttributeHandle<CVertexRef, double>(geometry, L"double")[CVertexRef(last)] = 1e-300;
+    CAttributeHandle<CVertexRef, CbVector3f>(geometry, L"CbVector3f")[CVertexRef(last)] = {1, 2, 3};
+    CAttributeHandle<CVertexRef, ZqColorRGBA>(geometry, L"ZqColorRGBA")[CVertexRef(last)] =
+        ZqColorRGBA::Aquamarine;
+    geometry.AddVertex({4, 4, 4});
+    if (CAttributeHandle<CVertexRef, float>(geometry, L"float")[CVertexRef(last)] != 0.5f ||
+        CAttributeHandle<CVertexRef, double>(geometry, L"double")[CVertexRef(last)] != 1e-300 ||
+        !(CAttributeHandle<CVertexRef, CbVector3f>(geometry, L"CbVector3f")[CVertexRef(last)] ==
+          CbVector3f(1, 2, 3)) ||
+        !(CAttributeHandle<CVertexRef, ZqColorRGBA>(geometry, L"ZqColorRGBA")[CVertexRef(last + 1)] ==
+          ZqColorRGBA(0, 0, 0, 0)))
+        return fail(L"Geometrie-Triangulation: Werte über Handles stimmen nicht");
+
+    // Of all attributes only the one switched on travels through a stream.
+    geometry.SetSerialize(L"double", true);
+    std::vector<unsigned char> bytes;
+    CbStreamWriteBinary writer(bytes);
+    writer << geometry;
+    CbStreamReadBinary reader(bytes);
+    CTriangulation read;
+    reader >> read;
+    if (read.GetAttributeCount() != 1 || !read.HasAttribute(L"double") ||
+        CAttributeHandle<CVertexRef, double>(read, L"double")[CVertexRef(last)] != 1e-300)
+        return fail(L"Geometrie-Triangulation: serialisierte Attribute entsprechen nicht den Schaltern");
+
+    // Kind 3 covers vertices, triangles and edges; the closed surface has V - E + T = 2, counting
+    // the vertices that triangles use (the added ones are isolated).
+    CFlagTriangulation<CVertexRef> flags(geometry, eEK_Cells);
+    const unsigned int t = geometry.GetTriangleCount();
+    unsigned int used = 0;
+    for (unsigned int i = 0; i < geometry.GetVertexCount(); ++i)
+        used += geometry.GetVertexTriangleRelation().GetTriangleCount(i) > 0;
+    if (flags.GetCount() != geometry.GetVertexCount() + t + (used + t - 2))
+        return fail(L"Geometrie-Triangulation: Anzahl der Zellen stimmt nicht");
+
+    CAttributeTriangulationRaw<CVertexRef> raw(geometry, 4, eEK_Corners);
+    const char* const precondition = "CbExceptionPreconditionViolation";
+    const char* const handle = "core/zqlibraries/zq3dbase/geometry/cattributehandle.h";
+    if (!expectThrowFrom("Serialisierung ohne Attribut", "Geometry::CTriangulation::SetSerialize",
+                         "core/zqlibraries/zq3dbase/geometry/ctriangulation.h", precondition,
+                         [&] { geometry.SetSerialize(L"fehlt", true); }) ||
+        !expectThrowFrom("Handle ohne Attribut",
+                         "Geometry::CAttributeHandle<class Geometry::CVertexRef,float>::CAttributeHandle",
+                         handle, precondition,
+                         [&] { CAttributeHandle<CVertexRef, float>(geometry, L"double"); }) ||
+        !expectThrowFrom("Handle ohne Attribut",
+                         "Geometry::CAttributeHandle<class Geometry::CVertexRef,double>::CAttributeHandle",
+                         handle, precondition,
+                         [&] { CAttributeHandle<CVertexRef, double>(geometry, L"float"); }) ||
+        !expectThrowFrom(
+            "Handle ohne Attribut",
+            "Geometry::CAttributeHandle<class Geometry::CVertexRef,class CbVector3f>::CAttributeHandle",
+            handle, precondition, [&] { CAttributeHandle<CVertexRef, CbVector3f>(geometry, L"fehlt"); }) ||
+        !expectThrowFrom(
+            "Handle ohne Attribut",
+            "Geometry::CAttributeHandle<class Geometry::CVertexRef,class ZqColorRGBA>::CAttributeHandle",
+            handle, precondition,
+            [&] { CAttributeHandle<CVertexRef, ZqColorRGBA>(geometry, L"parameters"); }) ||
+        !expectThrowFrom("Rohattribut der Art 5",
+                         "Geometry::CAttributeTriangulationRaw<class Geometry::CVertexRef>::SetAccurate",
+                         "core/zqlibraries/zq3dbase/geometry/cattributetriangulationraw.h", "CbException",
+                         [&] { raw.SetAccurate(5); }) ||
+        !expectThrowFrom("Flags der Art 5",
+                         "Geometry::CFlagTriangulation<class Geometry::CVertexRef>::SetAccurate",
+                         "core/zqlibraries/zq3dbase/geometry/cflagtriangulation.h", "CbException",
+                         [&] { flags.SetAccurate(5); }))
+        return eFailed;
     return ePassed;
 }

@@ -222,6 +222,13 @@ void ZqTriangulationFile::Write(CbStreamWriteBinary& stream, std::span<const CbV
             attribute.components > kMaxComponents)
             CB_THROW(CbExceptionPreconditionViolation, "ZqTriangulationFile::Write",
                      "attribute '" + attribute.name + "' cannot be stored");
+    // A file the reader would refuse is not written (a static triangulation may hold unset triangles).
+    const auto vertexCount = static_cast<std::uint32_t>(positions.size());
+    for (std::size_t t = 0; t < triangles.size(); ++t)
+        if (triangles[t][0] >= vertexCount || triangles[t][1] >= vertexCount ||
+            triangles[t][2] >= vertexCount)
+            CB_THROW(CbExceptionPreconditionViolation, "ZqTriangulationFile::Write",
+                     "triangle " + std::to_string(t) + " has a corner that is unset or not a vertex");
     stream.Write(kMagic, sizeof(kMagic));
     stream << kVersion << static_cast<std::uint32_t>(positions.size())
            << static_cast<std::uint32_t>(triangles.size()) << static_cast<std::uint32_t>(attributes.size());

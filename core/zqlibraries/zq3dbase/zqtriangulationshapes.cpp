@@ -80,6 +80,22 @@ SMesh polyhedron(std::initializer_list<CbVector3f> corners, std::initializer_lis
 }
 } // namespace
 
+void ZqTriangulationShapes::Grid(ZqTriangulationBase& target, unsigned int columns, unsigned int rows)
+{
+    SMesh mesh;
+    for (unsigned int y = 0; y <= rows; ++y)
+        for (unsigned int x = 0; x <= columns; ++x)
+            mesh.positions.push_back({float(x), float(y), 0.0f});
+    for (unsigned int y = 0; y < rows; ++y)
+        for (unsigned int x = 0; x < columns; ++x)
+        {
+            const unsigned int v = y * (columns + 1) + x;
+            mesh.triangles.push_back({v, v + 1, v + columns + 2});
+            mesh.triangles.push_back({v, v + columns + 2, v + columns + 1});
+        }
+    mesh.AssignTo(target);
+}
+
 void ZqTriangulationShapes::Tetrahedron(ZqTriangulationBase& target, float radius)
 {
     polyhedron({{1, 1, 1}, {1, -1, -1}, {-1, 1, -1}, {-1, -1, 1}},

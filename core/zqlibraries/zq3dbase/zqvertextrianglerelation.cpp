@@ -24,9 +24,19 @@ public:
     {
         prepare(entries, k, vertex, triangles);
         unsigned int written = 0;
-        for (unsigned int s = 0; s < k; ++s)
-            if (!m_visited[s] && !hasPredecessor(s))
-                written = chain(s, written);
+        // Open fans first. At a non-manifold edge a triangle's predecessor may already belong to
+        // another fan; such a triangle starts a fan of its own before any triangle that follows it,
+        // so that its run is not cut in two. Whatever is left are closed fans.
+        for (bool progress = true; progress;)
+        {
+            progress = false;
+            for (unsigned int s = 0; s < k; ++s)
+                if (!m_visited[s] && !hasUnvisitedPredecessor(s))
+                {
+                    written = chain(s, written);
+                    progress = true;
+                }
+        }
         for (unsigned int s = 0; s < k; ++s)
             if (!m_visited[s])
                 written = chain(s, written);
@@ -69,19 +79,23 @@ private:
         std::sort(m_byPrevious.begin(), m_byPrevious.end());
     }
 
-    // Some other triangle ends where triangle i starts (its previous corner is i's next corner).
-    bool hasPredecessor(unsigned int i) const
+    // Some triangle not yet in a fan ends where triangle i starts (its previous corner is i's next
+    // corner).
+    bool hasUnvisitedPredecessor(unsigned int i) const
     {
         const unsigned int key = m_next[i];
         if (!m_indexed)
         {
             for (unsigned int j = 0; j < m_k; ++j)
-                if (m_previous[j] == key)
+                if (!m_visited[j] && m_previous[j] == key)
                     return true;
             return false;
         }
-        const auto it = std::lower_bound(m_byPrevious.begin(), m_byPrevious.end(), std::make_pair(key, 0u));
-        return it != m_byPrevious.end() && it->first == key;
+        for (auto it = std::lower_bound(m_byPrevious.begin(), m_byPrevious.end(), std::make_pair(key, 0u));
+             it != m_byPrevious.end() && it->first == key; ++it)
+            if (!m_visited[it->second])
+                return true;
+        return false;
     }
 
     // An unvisited triangle that starts where triangle i ends, or kNone.

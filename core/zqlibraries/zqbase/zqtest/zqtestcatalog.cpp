@@ -44,10 +44,26 @@ void ZqTestCatalog::LoadModule(const std::string& path)
         dlclose(handle);
         return;
     }
+    std::vector<ZqTestClassInfo> found = newClasses(before, path);
+    if (found.empty())
+    {
+        dlclose(handle);
+        throw ZqTestUsageError("module '" + path + "' registers no test class");
+    }
+    if (!addClasses(found, path))
+    {
+        dlclose(handle);
+        return;
+    }
     m_handles.push_back(handle);
+    m_modules.push_back(path);
+}
 
+std::vector<ZqTestClassInfo> ZqTestCatalog::newClasses(const std::vector<const CbRTTI*>& before,
+                                                       const std::string& path) const
+{
     const std::set<const CbRTTI*> known(before.begin(), before.end());
-    std::size_t found = 0;
+    std::vector<ZqTestClassInfo> found;
     for (const CbRTTI* record : CbRTTI::GetRegistered())
     {
         if (known.count(record) || !record->IsKindOf(ZqUnitTest::RTTI) || !record->CanCreate())
@@ -57,11 +73,41 @@ void ZqTestCatalog::LoadModule(const std::string& path)
         info.name = CbWideToUtf8(record->GetName());
         info.parents = parentNames(*record);
         info.module = path;
-        m_classes.push_back(std::move(info));
-        ++found;
+        found.push_back(std::move(info));
     }
-    if (found == 0)
-        throw ZqTestUsageError("module '" + path + "' registers no test class");
+    return found;
+}
+
+bool ZqTestCatalog::addClasses(std::vector<ZqTestClassInfo>& found, const std::string& path)
+{
+    auto earlier = [this](const std::string& name)
+    {
+        return std::find_if(m_classes.begin(), m_classes.end(),
+                            [&name](const ZqTestClassInfo& info) { return info.name == name; });
+    };
+    const bool allKnown =
+        std::all_of(found.begin(), found.end(),
+                    [&](const ZqTestClassInfo& info) { return earlier(info.name) != m_classes.end(); });
+    if (allKnown)
+    {
+        m_warnings.push_back("module '" + path + "' registers only test classes that '" +
+                             earlier(found.front().name)->module +
+                             "' registered already (the same module twice?); it is not loaded again");
+        return false;
+    }
+    for (ZqTestClassInfo& info : found)
+    {
+        const auto it = earlier(info.name);
+        if (it == m_classes.end())
+        {
+            m_classes.push_back(std::move(info));
+            continue;
+        }
+        m_warnings.push_back("test class '" + info.name + "' of module '" + path + "' is registered by '" +
+                             it->module + "' too; it runs from '" + path + "'");
+        *it = std::move(info);
+    }
+    return true;
 }
 
 void ZqTestCatalog::ReadSubtests()

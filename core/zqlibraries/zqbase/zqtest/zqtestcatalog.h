@@ -33,18 +33,33 @@ class ZQBASE_API ZqTestCatalog
 public:
     // Loads a module with dlopen and records its test classes. Throws ZqTestUsageError for a missing
     // file, a file that does not load, and a module that registers no test class. Loading the same
-    // module twice adds nothing.
+    // file twice adds nothing. A module whose test classes all have the names of classes loaded
+    // before (the same module under another path, a copy) is unloaded again with a warning; a class
+    // that only some of its classes share runs from the module loaded last, as the type registry
+    // finds it, with a warning.
     void LoadModule(const std::string& path);
 
     // Creates each test once to learn its subtests: InitSubtests, GetSubtestCount, GetSubtestName.
     void ReadSubtests();
 
     const std::vector<ZqTestClassInfo>& GetClasses() const { return m_classes; }
+    // The modules that stayed loaded, in the order given.
+    const std::vector<std::string>& GetModules() const { return m_modules; }
+    // What LoadModule had to say about duplicates, one line each.
+    const std::vector<std::string>& GetWarnings() const { return m_warnings; }
 
     // The module a runner finds without arguments: libZqUnitTests.so beside the running program.
     static std::string GetDefaultModule();
 
 private:
+    // The test classes whose records appeared since before.
+    std::vector<ZqTestClassInfo> newClasses(const std::vector<const CbRTTI*>& before,
+                                            const std::string& path) const;
+    // Adds found, or nothing when all of it is known already; false then.
+    bool addClasses(std::vector<ZqTestClassInfo>& found, const std::string& path);
+
     std::vector<ZqTestClassInfo> m_classes;
     std::vector<void*> m_handles;
+    std::vector<std::string> m_modules;
+    std::vector<std::string> m_warnings;
 };

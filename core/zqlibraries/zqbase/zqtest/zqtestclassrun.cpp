@@ -124,6 +124,17 @@ bool ZqTestClassRun::Lost(EZqTestStatus status, const std::string& why)
     return false;
 }
 
+void ZqTestClassRun::Interrupted(const std::string& why)
+{
+    if (!m_current)
+        return;
+    m_current->status = EZqTestStatus::eInterrupted;
+    m_current->failure = why;
+    m_current->seconds = m_subtestTimer.GetElapsedSeconds();
+    m_console.SubtestEnd(m_record, *m_current);
+    m_current = nullptr;
+}
+
 void ZqTestClassRun::AppendOutput(const std::string& text)
 {
     const std::string valid = validUtf8(text);
@@ -152,9 +163,14 @@ bool ZqTestClassRun::HasFailure() const
 
 void ZqTestClassRun::Finish()
 {
+    if (!m_started)
+        m_console.ClassStart(m_record);
     for (ZqSubtestRecord& subtest : m_record.subtests)
         if (subtest.status == EZqTestStatus::ePending)
+        {
             subtest.status = EZqTestStatus::eSkipped;
+            m_console.SubtestEnd(m_record, subtest);
+        }
     m_record.seconds = m_started ? m_classTimer.GetElapsedSeconds() : 0;
     m_console.ClassEnd(m_record);
 }

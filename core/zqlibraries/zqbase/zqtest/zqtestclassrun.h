@@ -31,6 +31,9 @@ public:
     // pending subtests in a new process. Lost outside a subtest fails every pending subtest (setup)
     // or the class itself (destruction), and the class does not go on.
     bool Lost(EZqTestStatus status, const std::string& why);
+    // A signal stopped the run: the subtest running gets the blame (eInterrupted, why); the class does
+    // not go on.
+    void Interrupted(const std::string& why);
     // Output of the process, attributed to the running subtest or else to the class.
     void AppendOutput(const std::string& text);
 

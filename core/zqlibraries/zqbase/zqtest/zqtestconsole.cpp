@@ -78,8 +78,20 @@ void ZqTestConsole::printMessage(const ZqTestMessage& message)
 void ZqTestConsole::printOutput(const std::string& text)
 {
     std::fputs(text.c_str(), m_out);
-    if (!text.empty() && text.back() != '\n' && !m_settings.live)
+    if (text.empty() || text.back() == '\n')
+        return;
+    // Live, more may follow on the same line; the next line of our own ends it first.
+    if (m_settings.live)
+        m_lineOpen = true;
+    else
         std::fputc('\n', m_out);
+}
+
+void ZqTestConsole::endOpenLine()
+{
+    if (m_lineOpen)
+        std::fputc('\n', m_out);
+    m_lineOpen = false;
 }
 
 void ZqTestConsole::RunStart(unsigned subtests, unsigned classes, std::optional<std::uint32_t> shuffleSeed,
@@ -102,6 +114,7 @@ void ZqTestConsole::ClassStart(const ZqClassRecord& record)
 {
     if (!m_settings.live)
         return;
+    endOpenLine();
     tag(EColor::eGreen, "[----------]");
     const unsigned count = static_cast<unsigned>(record.subtests.size());
     std::fprintf(m_out, " %u %s from %s\n", count, plural(count, "subtest", "subtests"), record.name.c_str());
@@ -112,6 +125,7 @@ void ZqTestConsole::SubtestStart(const ZqClassRecord& record, const ZqSubtestRec
 {
     if (!m_settings.live)
         return;
+    endOpenLine();
     tag(EColor::eGreen, "[ RUN      ]");
     std::fprintf(m_out, " %s\n", fullName(record, subtest).c_str());
     flush();
@@ -121,6 +135,7 @@ void ZqTestConsole::Message(const ZqTestMessage& message)
 {
     if (!m_settings.live)
         return;
+    endOpenLine();
     printMessage(message);
     flush();
 }
@@ -165,6 +180,7 @@ void ZqTestConsole::SubtestEnd(const ZqClassRecord& record, const ZqSubtestRecor
 {
     if (!m_settings.live)
         return;
+    endOpenLine();
     printResult(record, subtest);
     flush();
 }
@@ -181,6 +197,7 @@ void ZqTestConsole::printBlock(const ZqClassRecord& record, const ZqSubtestRecor
 
 void ZqTestConsole::ClassEnd(const ZqClassRecord& record)
 {
+    endOpenLine();
     const unsigned count = static_cast<unsigned>(record.subtests.size());
     if (!m_settings.live)
     {
@@ -218,6 +235,7 @@ void ZqTestConsole::ClassEnd(const ZqClassRecord& record)
 
 void ZqTestConsole::RunEnd(const ZqRunRecord& run)
 {
+    endOpenLine();
     const ZqRunRecord::SCounts counts = run.Count();
     unsigned subtests = 0;
     for (const ZqClassRecord& record : run.classes)

@@ -55,10 +55,13 @@ private:
     void printResult(const ZqClassRecord& record, const ZqSubtestRecord& subtest);
     void printBlock(const ZqClassRecord& record, const ZqSubtestRecord& subtest);
     bool showsMessage(const ZqTestMessage& message) const;
+    void endOpenLine();
     void flush();
 
     std::FILE* m_out;
     SSettings m_settings;
+    // Live output of a test that did not end its line yet.
+    bool m_lineOpen = false;
 };
 
 // Quotes text for a POSIX shell when it needs it.

@@ -16,16 +16,23 @@ struct SOutcome
     std::string failure;
 };
 
+SOutcome judge(int outcome)
+{
+    if (outcome == ZqUnitTest::ePassed)
+        return {EZqTestStatus::ePassed, outcome, ""};
+    if (outcome >= ZqUnitTest::eFailed && outcome <= ZqUnitTest::eAborted)
+        return {EZqTestStatus::eFailed, outcome, ""};
+    return {EZqTestStatus::eFailed, outcome,
+            "returned " + std::to_string(outcome) +
+                ", which is no EResult value (ePassed 1, eFailed 2, eException 3, eAborted 4)"};
+}
+
 SOutcome runOne(ZqUnitTest& test, unsigned index, bool recreate)
 {
     try
     {
         if (!recreate)
-        {
-            const int outcome = test.RunUnitTest(index);
-            return {outcome == ZqUnitTest::ePassed ? EZqTestStatus::ePassed : EZqTestStatus::eFailed, outcome,
-                    ""};
-        }
+            return judge(test.RunUnitTest(index));
         auto* recreator = dynamic_cast<IUnitTestRecreate*>(&test);
         if (!recreator || !recreator->CanRecreate(index))
             return {EZqTestStatus::eSkipped, 0, "cannot recreate its reference"};
@@ -112,6 +119,8 @@ void ZqTestExecutor::Run(const std::string& className, const std::vector<unsigne
     const unsigned count = test->GetSubtestCount();
     for (unsigned index : indices)
     {
+        if (settings.stop && settings.stop())
+            break;
         if (index >= count)
         {
             events.OnClassError("subtest #" + std::to_string(index) + " does not exist (the test has " +
@@ -126,7 +135,8 @@ void ZqTestExecutor::Run(const std::string& className, const std::vector<unsigne
         catch (...)
         {
             events.OnSubtestStart(index, "#" + std::to_string(index));
-            events.OnSubtestEnd(index, EZqTestStatus::eFailed, 0, 0, describe("GetSubtestName"));
+            events.OnSubtestEnd(index, EZqTestStatus::eFailed, ZqUnitTest::eException, 0,
+                                describe("GetSubtestName"));
             if (settings.failFast)
                 break;
             continue;

@@ -3,6 +3,7 @@
 #include "zqbase/zqbase_export.h"
 #include "zqbase/zqtest/zqtestrecord.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -48,6 +49,8 @@ public:
         bool recreate = false;
         // Stop after the first failing subtest.
         bool failFast = false;
+        // Asked before each subtest; true stops the class there (the rest stays pending).
+        std::function<bool()> stop;
     };
 
     static void Run(const std::string& className, const std::vector<unsigned>& indices,

@@ -2,6 +2,7 @@
 
 namespace
 {
+// Splits at single ':'; "::" belongs to a name (a class in a namespace, "Tools::CToolFramework_UnitTest").
 std::vector<std::string> splitPatterns(std::string_view text)
 {
     std::vector<std::string> patterns;
@@ -9,6 +10,8 @@ std::vector<std::string> splitPatterns(std::string_view text)
     while (start <= text.size())
     {
         std::size_t end = text.find(':', start);
+        while (end != std::string_view::npos && end + 1 < text.size() && text[end + 1] == ':')
+            end = text.find(':', end + 2);
         if (end == std::string_view::npos)
             end = text.size();
         if (end > start)
@@ -38,14 +41,14 @@ ZqTestFilter::ZqTestFilter(std::string_view filter) : m_text(filter)
 
 bool ZqTestFilter::Matches(std::string_view className, unsigned index, std::string_view subtestName) const
 {
-    std::string fullName(className);
-    fullName += '.';
-    std::string indexName = fullName;
-    fullName += subtestName;
-    indexName += '#' + std::to_string(index);
-    if (!m_positive.empty() && !anyMatches(m_positive, className, fullName, indexName))
+    SNames names{className, {}, {}, {}};
+    const std::string number = std::to_string(index);
+    names.fullName.append(className).append(".").append(subtestName);
+    names.indexName.append(className).append(".#").append(number);
+    names.fullIndexName.append(names.fullName).append("#").append(number);
+    if (!m_positive.empty() && !anyMatches(m_positive, names))
         return false;
-    return !anyMatches(m_negative, className, fullName, indexName);
+    return !anyMatches(m_negative, names);
 }
 
 bool ZqTestFilter::MatchesClass(std::string_view className) const
@@ -61,11 +64,11 @@ bool ZqTestFilter::MatchesClass(std::string_view className) const
     return (m_positive.empty() || any(m_positive)) && !any(m_negative);
 }
 
-bool ZqTestFilter::anyMatches(const std::vector<std::string>& patterns, std::string_view className,
-                              std::string_view fullName, std::string_view indexName)
+bool ZqTestFilter::anyMatches(const std::vector<std::string>& patterns, const SNames& names)
 {
     for (const std::string& pattern : patterns)
-        if (Glob(pattern, className) || Glob(pattern, fullName) || Glob(pattern, indexName))
+        if (Glob(pattern, names.className) || Glob(pattern, names.fullName) ||
+            Glob(pattern, names.indexName) || Glob(pattern, names.fullIndexName))
             return true;
     return false;
 }

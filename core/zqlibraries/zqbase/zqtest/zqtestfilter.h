@@ -8,12 +8,16 @@
 
 // Selects subtests with GoogleTest's filter syntax, POS[:POS...][-NEG[:NEG...]]. Each pattern is a
 // glob ('*' any run of characters, '?' one character) over the class name, over the full name
-// "Class.Subtest name", or over "Class.#N" for subtest N. A subtest is selected when a positive
-// pattern matches it (an empty positive part selects everything) and no negative one does.
+// "Class.Subtest name", over "Class.#N" for subtest N, or over "Class.Subtest name#N", the form
+// GoogleTest's listing uses for a name that alone would select more than its subtest. A subtest is
+// selected when a positive pattern matches it (an empty positive part selects everything) and no
+// negative one does.
 //
 //     ZqTestFilter("CbArray_UnitTest:ZqFt*.#0-*Benchmark*")
 //
-// The first '-' starts the negative part, so a '-' inside a name is written '?'.
+// The first '-' starts the negative part, so a '-' inside a name is written '?'. A single ':'
+// separates patterns; "::" stays in the pattern, so "Tools::CToolFramework_UnitTest.*" selects a
+// class in a namespace.
 class ZQBASE_API ZqTestFilter
 {
 public:
@@ -31,8 +35,14 @@ public:
     static bool Glob(std::string_view pattern, std::string_view text);
 
 private:
-    static bool anyMatches(const std::vector<std::string>& patterns, std::string_view className,
-                           std::string_view fullName, std::string_view indexName);
+    struct SNames
+    {
+        std::string_view className;
+        std::string fullName;
+        std::string indexName;
+        std::string fullIndexName;
+    };
+    static bool anyMatches(const std::vector<std::string>& patterns, const SNames& names);
 
     std::string m_text = "*";
     std::vector<std::string> m_positive;

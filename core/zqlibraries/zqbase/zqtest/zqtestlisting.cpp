@@ -1,33 +1,70 @@
 #include "zqbase/zqtest/zqtestlisting.h"
 
+#include "zqbase/zqtest/zqtestfilter.h"
 #include "zqbase/zqtest/zqtestreports.h"
 
 #include <algorithm>
+#include <string_view>
+#include <unordered_map>
 
 namespace
 {
-// Tools read GoogleTest's listing back and pass each name to --gtest_filter. Characters that would
-// not survive that trip (':' and '-' split filters, " #" starts a comment for CMake's test discovery,
-// surrounding blanks are trimmed) are written '?', which the filter matches.
-std::string googleTestName(const std::string& name)
+// Tools read GoogleTest's listing back and pass each name to --gtest_filter; CMake's test discovery
+// also writes it into a script. What would not survive that trip is written '?', which the filter
+// matches: ':' '-' '*' (filter syntax), '[' ']' ';' '\' (brackets, lists and escapes of CMake), '#'
+// (a comment for the discovery), control characters, surrounding blanks (trimmed), a "DISABLED_"
+// prefix (a disabled test) and the '.' of "gtest_main.cc" (a line the discovery skips).
+std::string substitute(const std::string& name)
 {
     std::string safe = name;
     for (char& c : safe)
-        if (c == ':' || c == '-' || c == '#' || (static_cast<unsigned char>(c) < 0x20))
+        if (std::string_view(":-*[];\\#").find(c) != std::string_view::npos ||
+            static_cast<unsigned char>(c) < 0x20 || c == 0x7F)
             c = '?';
     if (!safe.empty() && safe.front() == ' ')
         safe.front() = '?';
     if (!safe.empty() && safe.back() == ' ')
         safe.back() = '?';
-    return safe.empty() ? "?" : safe;
+    if (safe.rfind("DISABLED_", 0) == 0)
+        safe.front() = '?';
+    for (std::size_t at = safe.find("gtest_main.cc"); at != std::string::npos;
+         at = safe.find("gtest_main.cc", at + 1))
+        safe[at + 10] = '?';
+    return safe;
+}
+
+// Whether "Class.<listed>" as a filter selects subtest index of names and no other.
+bool selectsOnly(const std::string& className, const std::vector<std::string>& names, unsigned index,
+                 const std::string& listed)
+{
+    const ZqTestFilter filter(className + "." + listed);
+    for (unsigned i = 0; i < names.size(); ++i)
+        if (filter.Matches(className, i, names[i]) != (i == index))
+            return false;
+    return true;
 }
 } // namespace
 
-std::vector<std::string> ZqTestListing::GoogleTestNames(const std::vector<std::string>& names)
+std::vector<std::string> ZqTestListing::GoogleTestNames(const std::string& className,
+                                                        const std::vector<std::string>& names)
 {
     std::vector<std::string> listed;
+    std::unordered_map<std::string, unsigned> uses;
     for (const std::string& name : names)
-        listed.push_back(googleTestName(name));
+        ++uses[listed.emplace_back(substitute(name))];
+    for (unsigned i = 0; i < names.size(); ++i)
+    {
+        // A name without '?' selects exactly the subtests of that very name, so counting is enough.
+        const bool unique = listed[i].find('?') == std::string::npos
+                                ? uses[listed[i]] == 1
+                                : selectsOnly(className, names, i, listed[i]);
+        if (unique && !listed[i].empty())
+            continue;
+        const std::string number = std::string(1, '#').append(std::to_string(i));
+        listed[i] += number;
+        if (!selectsOnly(className, names, i, listed[i]))
+            listed[i] = number;
+    }
     return listed;
 }
 
@@ -57,7 +94,7 @@ std::string ZqTestListing::ToGoogleTest(const std::vector<ZqTestSelection>& sele
         // A suite without tests is no suite to GoogleTest's readers.
         if (entry.indices.empty())
             continue;
-        const std::vector<std::string> names = GoogleTestNames(entry.info->subtests);
+        const std::vector<std::string> names = GoogleTestNames(entry.info->name, entry.info->subtests);
         out += entry.info->name + ".\n";
         for (unsigned index : entry.indices)
             out += "  " + names[index] + "\n";

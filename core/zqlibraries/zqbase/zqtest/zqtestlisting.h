@@ -17,5 +17,11 @@ public:
     static std::string ToJson(const std::vector<ZqTestSelection>& selection);
 
     // The names under which GoogleTest's listing shows the subtests of one class, index for index.
-    static std::vector<std::string> GoogleTestNames(const std::vector<std::string>& names);
+    // Each is a filter that selects its subtest alone when given as "Class.<listed name>", and none
+    // holds a character that CMake's test discovery, CTest or the filter syntax would take apart:
+    // those become '?'. Where that leaves a name that selects other subtests too (two names that
+    // differ only there, duplicates, wildcards) or an empty one, the index is appended, "name#N",
+    // which the filter takes as subtest N of that name; "#N" alone where even that is ambiguous.
+    static std::vector<std::string> GoogleTestNames(const std::string& className,
+                                                    const std::vector<std::string>& names);
 };

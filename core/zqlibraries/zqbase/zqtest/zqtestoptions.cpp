@@ -226,6 +226,8 @@ bool applyChildOption(ZqTestOptions& options, CArguments& args)
         options.childIndices = parseIndices(args.Value());
     else if (name == "--child-scratch")
         options.childScratch = args.Value();
+    else if (name == "--child-parent")
+        options.childParent = static_cast<int>(parseUnsigned(args.Value(), name, INT32_MAX));
     else
         return false;
     return true;
@@ -363,9 +365,11 @@ Selecting and listing
   --repeat N, --gtest_repeat=N run the selection N times
   --shuffle, --gtest_shuffle   shuffle classes and subtests; --seed N / --gtest_random_seed=N
 Running
-  --jobs N, -j N               classes in N supervised child processes at once (default: cores)
+  --jobs N, -j N               classes in N supervised child processes at once (default and 0: one
+                               per core)
   --timeout SECONDS            a subtest running longer is killed and reported (default 300, 0: none)
-  --in-process                 run everything in this process, one class after the other
+  --in-process                 run everything in this process, one class after the other; no
+                               protection from crashes, hangs or exits: not for CI
   --fail-fast                  stop at the first failure; the rest is reported skipped
   --recreate                   recreate the references of the selected subtests instead of running
   --data-dir DIR               root of the test data (else $ZQ_TEST_DATA)
@@ -379,5 +383,6 @@ Reporting
   --junit FILE                 results as JUnit XML
   --gtest_output=json:FILE|xml:FILE   results in GoogleTest's JSON or XML shape
 Exit status: 0 all passed, 1 a subtest failed, crashed or timed out, 2 bad usage or module.
+SIGINT, SIGTERM and SIGHUP stop the children, write the reports and end zqtest by that signal.
 )";
 }

@@ -72,6 +72,8 @@ struct ZQBASE_API ZqTestOptions
     std::string childClass;
     std::vector<unsigned> childIndices;
     std::string childScratch;
+    // The runner that started the child; 0 when none was named.
+    int childParent = 0;
 
     bool IsChild() const { return !childClass.empty(); }
 

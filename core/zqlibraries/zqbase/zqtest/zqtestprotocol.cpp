@@ -151,7 +151,7 @@ void ZqTestEventReader::dispatch(const std::string& line)
     auto need = [&](std::size_t count)
     {
         if (f.size() != count)
-            throw std::runtime_error("malformed event '" + line + "'");
+            throw std::runtime_error(std::to_string(f.size()) + " fields");
     };
     try
     {
@@ -201,8 +201,10 @@ void ZqTestEventReader::dispatch(const std::string& line)
         else
             throw std::runtime_error("unknown event");
     }
-    catch (const std::logic_error&)
+    catch (const std::exception& e)
     {
-        throw std::runtime_error("malformed event '" + line + "'");
+        // Quoted in part: a garbled stream may hold a line of any length.
+        const std::string shown = line.size() > 80 ? line.substr(0, 80) + "..." : line;
+        throw std::runtime_error("malformed event '" + shown + "' (" + e.what() + ")");
     }
 }

@@ -6,7 +6,7 @@
 bool ZqSubtestRecord::IsFailure() const
 {
     return status == EZqTestStatus::eFailed || status == EZqTestStatus::eCrashed ||
-           status == EZqTestStatus::eTimeout;
+           status == EZqTestStatus::eTimeout || status == EZqTestStatus::eInterrupted;
 }
 
 std::string ZqSubtestRecord::GetResultName() const
@@ -17,6 +17,8 @@ std::string ZqSubtestRecord::GetResultName() const
         return "crashed";
     case EZqTestStatus::eTimeout:
         return "timeout";
+    case EZqTestStatus::eInterrupted:
+        return "interrupted";
     case EZqTestStatus::eSkipped:
     case EZqTestStatus::ePending:
         return "skipped";

@@ -8,7 +8,8 @@
 #include <vector>
 
 // What became of one selected subtest in a run. eCrashed and eTimeout come from the supervised
-// child processes; ePending only lives while the run is under way.
+// child processes, eInterrupted marks the subtest that was running when a signal stopped the runner;
+// ePending only lives while the run is under way.
 enum class EZqTestStatus
 {
     ePending,
@@ -17,6 +18,7 @@ enum class EZqTestStatus
     eCrashed,
     eTimeout,
     eSkipped,
+    eInterrupted,
 };
 
 // One message of a subtest: the EMessageType value and the text in UTF-8.
@@ -31,7 +33,7 @@ struct ZQBASE_API ZqSubtestRecord
     unsigned index = 0;
     std::string name;
     EZqTestStatus status = EZqTestStatus::ePending;
-    // The EResult value the subtest returned; 0 when it returned none (crash, timeout, skip).
+    // The value the subtest returned, for ePassed and eFailed (it may lie outside EResult); else 0.
     int outcome = 0;
     double seconds = 0;
     std::vector<ZqTestMessage> messages;
@@ -41,7 +43,8 @@ struct ZQBASE_API ZqSubtestRecord
     std::string failure;
 
     bool IsFailure() const;
-    // "ePassed" .. "eAborted" for a returned outcome, else "crashed", "timeout" or "skipped".
+    // "ePassed" .. "eAborted" for a returned outcome ("invalid(N)" for a value outside EResult), else
+    // "crashed", "timeout", "interrupted" or "skipped".
     std::string GetResultName() const;
     // The seed of the last "Startwert des Zufallsgenerators: N" message, if any.
     std::optional<std::uint32_t> GetReportedSeed() const;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
 #include <stdexcept>
 #include <unistd.h>
 
@@ -76,6 +77,12 @@ unsigned classSkipped(const ZqClassRecord& record)
     for (const ZqSubtestRecord& subtest : record.subtests)
         skipped += subtest.status == EZqTestStatus::eSkipped ? 1 : 0;
     return skipped;
+}
+
+// Whether the subtest returned an outcome (also one outside EResult).
+bool returned(const ZqSubtestRecord& subtest)
+{
+    return subtest.status == EZqTestStatus::ePassed || subtest.status == EZqTestStatus::eFailed;
 }
 
 // A failure of the class outside its subtests appears as a test case of this name.
@@ -174,7 +181,7 @@ std::string ZqTestReports::ToJson(const ZqRunRecord& run)
             const ZqSubtestRecord& subtest = record.subtests[s];
             out += std::string(s ? ",\n    " : "\n    ") + "{\"index\": " + std::to_string(subtest.index) +
                    ", \"name\": " + JsonString(subtest.name) +
-                   ", \"outcome\": " + (subtest.outcome ? std::to_string(subtest.outcome) : "null") +
+                   ", \"outcome\": " + (returned(subtest) ? std::to_string(subtest.outcome) : "null") +
                    ", \"result\": " + JsonString(subtest.GetResultName()) +
                    ", \"seconds\": " + number(subtest.seconds) +
                    ", \"messages\": " + messagesJson(subtest.messages);
@@ -290,6 +297,10 @@ std::string ZqTestReports::ToJUnitXml(const ZqRunRecord& run)
 
 void ZqTestReports::WriteFileAtomically(const std::string& path, const std::string& content)
 {
+    // Like GoogleTest, make the report's folder; tools name report files after the tests.
+    std::error_code ignored;
+    if (const std::filesystem::path parent = std::filesystem::path(path).parent_path(); !parent.empty())
+        std::filesystem::create_directories(parent, ignored);
     const std::string temporary = path + ".tmp" + std::to_string(getpid());
     std::FILE* file = std::fopen(temporary.c_str(), "wb");
     if (!file)

@@ -6,7 +6,8 @@
 #include <string>
 
 // The run's report files. Each is written to a temporary name beside its target and renamed into
-// place, so a reader never sees half a report; they throw std::runtime_error when that fails.
+// place, so a reader never sees half a report; missing folders are made. They throw
+// std::runtime_error when that fails.
 class ZQBASE_API ZqTestReports
 {
 public:

@@ -2,13 +2,14 @@
 
 #include "zqbase/cbtimer.h"
 #include "zqbase/zqtest/zqtestcatalog.h"
+#include "zqbase/zqtest/zqtestchild.h"
 #include "zqbase/zqtest/zqtestclassrun.h"
 #include "zqbase/zqtest/zqtestconsole.h"
 #include "zqbase/zqtest/zqtestdebugimages.h"
 #include "zqbase/zqtest/zqtestfilter.h"
+#include "zqbase/zqtest/zqtestinterrupt.h"
 #include "zqbase/zqtest/zqtestlisting.h"
 #include "zqbase/zqtest/zqtestoptions.h"
-#include "zqbase/zqtest/zqtestprotocol.h"
 #include "zqbase/zqtest/zqtestreports.h"
 #include "zqbase/zqtest/zqtestsupervisor.h"
 #include "zqbase/zqtestenvironment.h"
@@ -104,16 +105,29 @@ public:
     }
 
     int Run();
+    // The signal that stopped the run, 0 when none did.
+    int GetInterruptSignal() const { return m_interruptSignal; }
 
 private:
+    void checkDataDirectory() const;
     std::vector<ZqTestSelection> select(bool forListing) const;
     int list(const std::vector<ZqTestSelection>& selection) const;
+    using EEnd = ZqTestSupervisor::EEnd;
+    // What every class of one iteration runs with.
+    struct SIterationContext
+    {
+        ZqTestConsole& console;
+        const std::string& scratch;
+        const ZqTestInterrupt& interrupt;
+    };
+
     int run(const std::vector<ZqTestSelection>& selection);
-    bool runIteration(std::vector<ZqTestSelection> selection, int iteration, std::uint32_t seed,
-                      ZqTestConsole& console, const std::string& scratch,
-                      std::vector<ZqClassRecord>& records);
-    bool runIsolated(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const;
-    bool runInProcess(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const;
+    void prepareEnvironment();
+    ZqTestConsole::SSettings consoleSettings() const;
+    EEnd runIteration(std::vector<ZqTestSelection> selection, int iteration, std::uint32_t seed,
+                      const SIterationContext& context, std::vector<ZqClassRecord>& records);
+    EEnd runIsolated(const std::vector<ZqTestClassRun*>& runs, const SIterationContext& context) const;
+    EEnd runInProcess(const std::vector<ZqTestClassRun*>& runs, const SIterationContext& context) const;
     std::vector<std::string> childArguments() const;
     std::string replayCommand() const;
     void writeReports(const ZqRunRecord& run) const;
@@ -123,7 +137,20 @@ private:
     std::string m_program;
     bool m_defaultModule = false;
     ZqTestCatalog m_catalog;
+    int m_interruptSignal = 0;
 };
+
+void CRunner::checkDataDirectory() const
+{
+    if (!m_options.dataDirectory)
+        return;
+    const std::string& path = *m_options.dataDirectory;
+    std::error_code error;
+    if (!std::filesystem::exists(path, error))
+        throw ZqTestUsageError("data directory '" + path + "' does not exist");
+    if (!std::filesystem::is_directory(path, error))
+        throw ZqTestUsageError("data directory '" + path + "' is not a directory");
+}
 
 int CRunner::Run()
 {
@@ -137,9 +164,10 @@ int CRunner::Run()
         }
         for (const std::string& module : m_options.modules)
             m_catalog.LoadModule(module);
+        for (const std::string& warning : m_catalog.GetWarnings())
+            std::fprintf(stderr, "zqtest: warning: %s\n", warning.c_str());
         m_catalog.ReadSubtests();
-        if (m_options.dataDirectory && !std::filesystem::is_directory(*m_options.dataDirectory))
-            throw ZqTestUsageError("data directory '" + *m_options.dataDirectory + "' does not exist");
+        checkDataDirectory();
         if (!m_options.shardStatusFile.empty())
             std::ofstream(m_options.shardStatusFile).flush();
         if (m_options.list)
@@ -226,7 +254,7 @@ std::vector<std::string> CRunner::childArguments() const
     if (m_options.failFast)
         args.push_back("--fail-fast");
     args.push_back("--");
-    args.insert(args.end(), m_options.modules.begin(), m_options.modules.end());
+    args.insert(args.end(), m_catalog.GetModules().begin(), m_catalog.GetModules().end());
     return args;
 }
 
@@ -234,14 +262,14 @@ std::string CRunner::replayCommand() const
 {
     std::string command = ZqShellQuote(m_program);
     if (!m_defaultModule)
-        for (const std::string& module : m_options.modules)
+        for (const std::string& module : m_catalog.GetModules())
             command.append(" ").append(ZqShellQuote(module));
     if (m_options.dataDirectory)
         command += " --data-dir " + ZqShellQuote(*m_options.dataDirectory);
     return command;
 }
 
-int CRunner::run(const std::vector<ZqTestSelection>& selection)
+void CRunner::prepareEnvironment()
 {
     if (m_options.jobs == 0)
         m_options.jobs = std::max(1u, std::thread::hardware_concurrency());
@@ -250,15 +278,10 @@ int CRunner::run(const std::vector<ZqTestSelection>& selection)
     if (m_options.randomSeed)
         ZqTestEnvironment::SetReplaySeed(m_options.randomSeed);
     ZqTestEnvironment::SetDebugOutputEnabled(m_options.debugImages);
-    const CScratch scratch;
+}
 
-    ZqRunRecord run;
-    run.startMilliseconds = nowMilliseconds();
-    // GoogleTest's range for seeds taken from the clock.
-    run.seed =
-        m_options.seed ? m_options.seed : static_cast<std::uint32_t>(run.startMilliseconds % 99999 + 1);
-    run.iterations = m_options.repeat;
-
+ZqTestConsole::SSettings CRunner::consoleSettings() const
+{
     ZqTestConsole::SSettings settings;
     const char* term = std::getenv("TERM");
     settings.color = m_options.color == ZqTestOptions::EColor::eYes ||
@@ -268,31 +291,50 @@ int CRunner::run(const std::vector<ZqTestSelection>& selection)
     settings.verbose = m_options.verbose || m_options.recreate;
     settings.live = !m_options.brief && (m_options.inProcess || m_options.jobs == 1);
     settings.replayCommand = replayCommand();
-    ZqTestConsole console(stdout, settings);
+    return settings;
+}
+
+int CRunner::run(const std::vector<ZqTestSelection>& selection)
+{
+    prepareEnvironment();
+    const ZqTestInterrupt interrupt;
+    const CScratch scratch;
+
+    ZqRunRecord run;
+    run.startMilliseconds = nowMilliseconds();
+    // GoogleTest's range for seeds taken from the clock.
+    run.seed =
+        m_options.seed ? m_options.seed : static_cast<std::uint32_t>(run.startMilliseconds % 99999 + 1);
+    run.iterations = m_options.repeat;
+    ZqTestConsole console(stdout, consoleSettings());
 
     const CbTimer timer;
     for (int iteration = 1; iteration <= m_options.repeat; ++iteration)
     {
         std::vector<ZqClassRecord> records;
-        const bool finished =
-            runIteration(selection, iteration, run.seed + static_cast<std::uint32_t>(iteration - 1), console,
-                         scratch.Path(), records);
+        const EEnd end =
+            runIteration(selection, iteration, run.seed + static_cast<std::uint32_t>(iteration - 1),
+                         {console, scratch.Path(), interrupt}, records);
         for (ZqClassRecord& record : records)
             run.classes.push_back(std::move(record));
-        if (!finished)
+        if (end != EEnd::eCompleted)
             break;
     }
     run.seconds = timer.GetElapsedSeconds();
+    m_interruptSignal = interrupt.GetSignal();
+    if (m_interruptSignal)
+        std::fprintf(stderr,
+                     "zqtest: interrupted by %s: the children were stopped, the rest is reported skipped\n",
+                     interrupt.GetSignalName().c_str());
     if (m_options.debugImages)
         writeDebugImagePage(run);
     console.RunEnd(run);
     writeReports(run);
-    return run.Count().failed ? 1 : 0;
+    return run.Count().failed || m_interruptSignal ? 1 : 0;
 }
 
-bool CRunner::runIteration(std::vector<ZqTestSelection> selection, int iteration, std::uint32_t seed,
-                           ZqTestConsole& console, const std::string& scratch,
-                           std::vector<ZqClassRecord>& records)
+CRunner::EEnd CRunner::runIteration(std::vector<ZqTestSelection> selection, int iteration, std::uint32_t seed,
+                                    const SIterationContext& context, std::vector<ZqClassRecord>& records)
 {
     if (m_options.shuffle)
     {
@@ -307,15 +349,15 @@ bool CRunner::runIteration(std::vector<ZqTestSelection> selection, int iteration
         records.push_back(pendingRecord(entry, iteration));
         subtests += static_cast<unsigned>(entry.indices.size());
     }
-    console.RunStart(subtests, static_cast<unsigned>(selection.size()),
-                     m_options.shuffle ? std::optional<std::uint32_t>(seed) : std::nullopt, iteration,
-                     m_options.repeat);
+    context.console.RunStart(subtests, static_cast<unsigned>(selection.size()),
+                             m_options.shuffle ? std::optional<std::uint32_t>(seed) : std::nullopt, iteration,
+                             m_options.repeat);
 
     std::vector<std::unique_ptr<ZqTestClassRun>> runs;
     std::vector<ZqTestClassRun*> runnable;
     for (std::size_t i = 0; i < selection.size(); ++i)
     {
-        runs.push_back(std::make_unique<ZqTestClassRun>(records[i], console));
+        runs.push_back(std::make_unique<ZqTestClassRun>(records[i], context.console));
         if (selection[i].info->error.empty())
         {
             runnable.push_back(runs.back().get());
@@ -325,40 +367,56 @@ bool CRunner::runIteration(std::vector<ZqTestSelection> selection, int iteration
         records[i].error = selection[i].info->error;
         runs.back()->Finish();
     }
-    return m_options.inProcess ? runInProcess(runnable, scratch) : runIsolated(runnable, scratch);
+    // A class whose subtests could not even be read has failed before anything ran.
+    if (m_options.failFast && runnable.size() < selection.size())
+    {
+        for (ZqTestClassRun* run : runnable)
+            run->Finish();
+        return EEnd::eFailedFast;
+    }
+    return m_options.inProcess ? runInProcess(runnable, context) : runIsolated(runnable, context);
 }
 
-bool CRunner::runIsolated(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const
+CRunner::EEnd CRunner::runIsolated(const std::vector<ZqTestClassRun*>& runs,
+                                   const SIterationContext& context) const
 {
     ZqTestSupervisor::SSettings settings;
     std::error_code error;
     settings.program = std::filesystem::read_symlink("/proc/self/exe", error).string();
     settings.arguments = childArguments();
-    settings.scratch = scratch;
+    settings.scratch = context.scratch;
     settings.jobs = m_options.jobs;
     settings.timeoutSeconds = m_options.timeoutSeconds;
     settings.failFast = m_options.failFast;
+    settings.interrupt = &context.interrupt;
     return ZqTestSupervisor(settings).Run(runs);
 }
 
-bool CRunner::runInProcess(const std::vector<ZqTestClassRun*>& runs, const std::string& scratch) const
+// No protection here: a crash, a hang or an exit of a test ends or blocks the runner itself. A
+// signal stops the run after the subtest that is running.
+CRunner::EEnd CRunner::runInProcess(const std::vector<ZqTestClassRun*>& runs,
+                                    const SIterationContext& context) const
 {
-    bool stopped = false;
+    EEnd end = EEnd::eCompleted;
+    ZqTestExecutor::SSettings settings;
+    settings.recreate = m_options.recreate;
+    settings.failFast = m_options.failFast;
+    settings.stop = [&context] { return context.interrupt.GetSignal() != 0; };
     for (ZqTestClassRun* classRun : runs)
     {
         const std::string& name = classRun->GetRecord().name;
-        if (!stopped)
+        if (end == EEnd::eCompleted && !settings.stop())
         {
-            const std::string directory = scratch + "/" + name;
+            const std::string directory = context.scratch + "/" + name;
             std::filesystem::create_directories(directory);
             ZqTestEnvironment::SetScratchDirectory(directory);
-            ZqTestExecutor::Run(name, classRun->GetPendingIndices(), {m_options.recreate, m_options.failFast},
-                                *classRun);
+            ZqTestExecutor::Run(name, classRun->GetPendingIndices(), settings, *classRun);
         }
         classRun->Finish();
-        stopped = stopped || (m_options.failFast && classRun->HasFailure());
+        if (m_options.failFast && classRun->HasFailure())
+            end = EEnd::eFailedFast;
     }
-    return !stopped;
+    return settings.stop() ? EEnd::eInterrupted : end;
 }
 
 void CRunner::writeReports(const ZqRunRecord& run) const
@@ -370,6 +428,7 @@ void CRunner::writeReports(const ZqRunRecord& run) const
     if (m_options.junit)
         ZqTestReports::WriteFileAtomically(*m_options.junit, ZqTestReports::ToJUnitXml(run));
 }
+
 // The page of the failing views' debug images, in the working directory, linked from the console.
 void CRunner::writeDebugImagePage(const ZqRunRecord& run) const
 {
@@ -388,30 +447,9 @@ void CRunner::writeDebugImagePage(const ZqRunRecord& run) const
     }
 }
 
-// The child side of an isolated run: one class, the given subtests, events on descriptor 3.
-int runChild(const ZqTestOptions& options)
-{
-    ZqTestCatalog catalog;
-    for (const std::string& module : options.modules)
-        catalog.LoadModule(module);
-    if (options.dataDirectory)
-        ZqTestEnvironment::SetDataRoot(*options.dataDirectory);
-    if (options.randomSeed)
-        ZqTestEnvironment::SetReplaySeed(options.randomSeed);
-    ZqTestEnvironment::SetDebugOutputEnabled(options.debugImages);
-    if (!options.childScratch.empty())
-    {
-        std::filesystem::create_directories(options.childScratch);
-        ZqTestEnvironment::SetScratchDirectory(options.childScratch);
-    }
-    ZqTestEventWriter writer(3);
-    ZqTestExecutor::Run(options.childClass, options.childIndices, {options.recreate, options.failFast},
-                        writer);
-    return 0;
-}
 } // namespace
 
-int ZqTestRunner::Main(int argc, char** argv)
+int ZqTestRunner::Main(int argc, char** argv, const char* defaultModule)
 {
     ZqTestOptions options;
     try
@@ -424,12 +462,28 @@ int ZqTestRunner::Main(int argc, char** argv)
             return 0;
         }
         if (options.IsChild())
-            return runChild(options);
+            return ZqTestChild::Main(options);
     }
     catch (const std::exception& e)
     {
         printError(e.what());
         return 2;
     }
-    return CRunner(std::move(options), argc > 0 ? argv[0] : "zqtest").Run();
+    if (options.modules.empty() && defaultModule)
+        options.modules.push_back(defaultModule);
+    int status = 0;
+    int signal = 0;
+    {
+        CRunner runner(std::move(options), argc > 0 ? argv[0] : "zqtest");
+        status = runner.Run();
+        signal = runner.GetInterruptSignal();
+    }
+    // Everything is written and removed: end the way the signal would have ended us, so that a
+    // shell or a test driver sees it.
+    if (signal)
+    {
+        std::fflush(nullptr);
+        ZqTestInterrupt::Resend(signal);
+    }
+    return status;
 }

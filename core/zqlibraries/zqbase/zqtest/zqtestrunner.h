@@ -9,5 +9,7 @@
 class ZQBASE_API ZqTestRunner
 {
 public:
-    static int Main(int argc, char** argv);
+    // defaultModule: the module to load when none is named; null for libZqUnitTests.so beside the
+    // program. A run that a signal stopped ends by that signal once its reports are written.
+    static int Main(int argc, char** argv, const char* defaultModule = nullptr);
 };

@@ -1,13 +1,28 @@
 #pragma once
 
-// Checks on whole triangulations shared by the triangulation tests.
+// Fixtures and checks on whole triangulations shared by the triangulation tests.
 
+#include "zq3dbase/zqmptriangulationprimitive.h"
 #include "zq3dbase/zqtriangulationbase.h"
+
+#include <gtest/gtest.h>
 
 #include <map>
 #include <set>
 #include <string>
 #include <utility>
+
+// A primitive of ZqMpTriangulationPrimitive ("icosahedron", "Cube", "Cylinder") of the given subdivision.
+inline ZqTriangulationStatic MakePrimitive(const wchar_t* name, unsigned int subdivision)
+{
+    ZqMpTriangulationPrimitive primitive;
+    primitive.SetPrimitive(name);
+    ZqTriangulationPrimitiveConfiguration configuration;
+    configuration.SetSubdivision(subdivision);
+    primitive.SetConfiguration(configuration);
+    EXPECT_TRUE(primitive.Compute()) << primitive.GetLastError();
+    return primitive.GetOutput();
+}
 
 // Empty when every directed edge is used once and its reverse once (closed and consistently
 // oriented), else the first offending edge.

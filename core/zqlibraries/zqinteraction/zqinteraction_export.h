@@ -1,0 +1,3 @@
+#pragma once
+
+#define ZQINTERACTION_API __attribute__((visibility("default")))
