@@ -36,11 +36,6 @@ CbSmartPointer<ZqMeshObject> box(const CbVector3f& min, const CbVector3f& max)
     mesh->SetGeometry(std::move(corners), std::move(triangles));
     return mesh;
 }
-
-ZqColorRGBA colorAt(const ZqBitmap& image, unsigned int x, unsigned int y)
-{
-    return ZqColorRGBA::FromRGBA8(image.GetPixel(x, y));
-}
 } // namespace
 
 TEST(ZqD3DScene, LookAtWithDistanceZeroFitsTheBoundsJustInsideTheView)
