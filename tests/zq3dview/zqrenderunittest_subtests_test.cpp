@@ -167,3 +167,29 @@ TEST_F(ZqRenderUnitTestSubtests, BenchmarkTimesOnlyTheMeasuredStepOfEachIteratio
                 lines[2].find("] Zähler") != std::string::npos)
         << lines[2];
 }
+
+TEST_F(ZqRenderUnitTestSubtests, ViewCaseShowsAViewInTheCallersSceneWithoutItsFirstSetUp)
+{
+    int first = 0, second = 0, cameras = 0;
+    ZqConfigurableRenderTest test(
+        [&](ZqConfigurableRenderTest& t)
+        {
+            R::STestDesc d;
+            d.sName = L"Fall";
+            d.fnSetupScene = [&](ZqD3DScene&) { ++first; };
+            d.fnSetupScene2 = [&](ZqD3DScene&) { ++second; };
+            d.aViews.Add({L"v", [&](ZqD3DScene&) { ++cameras; }});
+            t.addTestCase(R::CreateTestCase(d));
+        });
+    ZqD3DScene scene({0, 0, 16, 16});
+    test.ViewCase(scene, L"Fall", 1);
+    EXPECT_EQ(second + cameras, 0) << "a view index beyond the views does nothing";
+    EXPECT_EQ(scene.GetDevice(), nullptr);
+    test.ViewCase(scene, L"Fall", 0);
+    EXPECT_EQ(first, 0);
+    EXPECT_EQ(second, 1);
+    EXPECT_EQ(cameras, 1);
+    EXPECT_NE(scene.GetDevice(), nullptr) << "the scene was asked to render";
+    test.ViewCase(scene, L"Unbekannt", 0);
+    EXPECT_EQ(second, 1);
+}
