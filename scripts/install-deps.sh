@@ -9,6 +9,7 @@ packages=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libssl-dev libpng-dev libtbb-dev libeigen3-dev
   nlohmann-json3-dev libtinyxml2-dev
+  libepoxy-dev libegl1 libegl-mesa0 libgl1-mesa-dri
   libassimp-dev libopenmesh-dev libcgal-dev
 )
 if [[ "${1:-}" == fuzz ]]; then

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "basepool/cbrefcounted.h"
+
 #include <cstddef>
 #include <type_traits>
 #include <utility>
@@ -59,12 +61,21 @@ private:
     void acquire() noexcept
     {
         if (m_object)
-            m_object->AddRef();
+            counted(m_object)->AddRef();
     }
     void release() noexcept
     {
         if (m_object)
-            m_object->Release();
+            counted(m_object)->Release();
+    }
+    // A CbRefCounted object is counted through that base, so that a class with a Release of its own
+    // (ZqEffect::Release gives back device resources) is still counted and deleted.
+    static auto counted(T* object) noexcept
+    {
+        if constexpr (std::is_base_of_v<CbRefCounted, T>)
+            return static_cast<const CbRefCounted*>(object);
+        else
+            return object;
     }
 
     T* m_object = nullptr;

@@ -5,6 +5,7 @@
 #include "zqbase/zqtest/zqtestchild.h"
 #include "zqbase/zqtest/zqtestclassrun.h"
 #include "zqbase/zqtest/zqtestconsole.h"
+#include "zqbase/zqtest/zqtestdebugimages.h"
 #include "zqbase/zqtest/zqtestfilter.h"
 #include "zqbase/zqtest/zqtestinterrupt.h"
 #include "zqbase/zqtest/zqtestlisting.h"
@@ -130,6 +131,7 @@ private:
     std::vector<std::string> childArguments() const;
     std::string replayCommand() const;
     void writeReports(const ZqRunRecord& run) const;
+    void writeDebugImagePage(const ZqRunRecord& run) const;
 
     ZqTestOptions m_options;
     std::string m_program;
@@ -324,6 +326,8 @@ int CRunner::run(const std::vector<ZqTestSelection>& selection)
         std::fprintf(stderr,
                      "zqtest: interrupted by %s: the children were stopped, the rest is reported skipped\n",
                      interrupt.GetSignalName().c_str());
+    if (m_options.debugImages)
+        writeDebugImagePage(run);
     console.RunEnd(run);
     writeReports(run);
     return run.Count().failed || m_interruptSignal ? 1 : 0;
@@ -423,6 +427,24 @@ void CRunner::writeReports(const ZqRunRecord& run) const
         ZqTestReports::WriteFileAtomically(*m_options.googleTestJson, ZqTestReports::ToGoogleTestJson(run));
     if (m_options.junit)
         ZqTestReports::WriteFileAtomically(*m_options.junit, ZqTestReports::ToJUnitXml(run));
+}
+
+// The page of the failing views' debug images, in the working directory, linked from the console.
+void CRunner::writeDebugImagePage(const ZqRunRecord& run) const
+{
+    const std::vector<ZqTestDebugImages::SView> views = ZqTestDebugImages::Collect(run);
+    if (views.empty())
+        return;
+    try
+    {
+        ZqTestReports::WriteFileAtomically(ZqTestDebugImages::kFileName, ZqTestDebugImages::ToHtml(views));
+        std::printf("Debug-Bilder: %zu %s, %s\n", views.size(), views.size() == 1 ? "View" : "Views",
+                    ZqTestDebugImages::FileUri(ZqTestDebugImages::kFileName).c_str());
+    }
+    catch (const std::exception& e)
+    {
+        printError(e.what());
+    }
 }
 
 } // namespace

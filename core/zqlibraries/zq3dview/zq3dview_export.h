@@ -1,0 +1,3 @@
+#pragma once
+
+#define ZQ3DVIEW_API __attribute__((visibility("default")))
