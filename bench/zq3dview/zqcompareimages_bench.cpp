@@ -5,9 +5,9 @@
 //
 //     build/release/bin/zqcompareimages_bench [--benchmark_repetitions=5]
 
-#include "basepool/benchratio.h"
 #include "zq3dview/zqrenderunittest.h"
 #include "zqbase/zqbitmap.h"
+#include "zqbenchmain.h"
 
 #include <cmath>
 #include <random>
@@ -123,6 +123,5 @@ int main(int argc, char** argv)
         if (std::fabs(a.fPSNR - b.fPSNR) > 1e-3f)
             return 1;
     }
-    return RunBenchmarksWithRatios(argc, argv,
-                                   {{"ours/3", "plain/3"}, {"ours/0", "plain/0"}, {"ours/4", "plain/4"}});
+    return ZqBenchMain(argc, argv, {{"ours/3", "plain/3"}, {"ours/0", "plain/0"}, {"ours/4", "plain/4"}});
 }

@@ -1,6 +1,7 @@
 // The test module loaded into this process as the runner loads it: what every registered test class
 // promises the runner (its record, its subtest names, the first index past its subtests).
 
+#include "zq3dview/zqrenderunittest.h"
 #include "zqbase/zqbenchmark.h"
 #include "zqbase/zqunittestfilebasedrecreate.h"
 #include "zqmoduletest.h"
@@ -30,8 +31,8 @@ bool inModule(const CbRTTI* record)
 } // namespace
 
 // A test's record creates an object of its own class and names one parent, the record of the test base
-// it derives from; only the four container tests name ZqBenchmark's record as a second parent. Other
-// tests that are benchmarks in C++ (the MD5 test) do not.
+// it derives from (the render tests name the render test base); only the four container tests name
+// ZqBenchmark's record as a second parent. Other tests that are benchmarks in C++ (the MD5 test) do not.
 TEST_F(ModuleTest, EveryRecordCreatesItsClassAndNamesItsTestBaseAndOnlyContainerTestsTheBenchmark)
 {
     const std::set<std::string> benchmarkParents = {"CbArray_UnitTest", "CbList_UnitTest", "CbMap_UnitTest",
@@ -48,7 +49,9 @@ TEST_F(ModuleTest, EveryRecordCreatesItsClassAndNamesItsTestBaseAndOnlyContainer
         EXPECT_STREQ(object->GetClassName(), record->GetName());
         EXPECT_TRUE(object->GetRTTI() == *record);
         const CbRTTI* base = &ZqUnitTest::RTTI;
-        if (dynamic_cast<ZqUnitTestFileBasedRecreate*>(object.get()))
+        if (dynamic_cast<ZqRenderUnitTest*>(object.get()))
+            base = &ZqRenderUnitTest::RTTI;
+        else if (dynamic_cast<ZqUnitTestFileBasedRecreate*>(object.get()))
             base = &ZqUnitTestFileBasedRecreate::RTTI;
         else if (dynamic_cast<ZqUnitTestFileBased*>(object.get()))
             base = &ZqUnitTestFileBased::RTTI;
