@@ -58,6 +58,16 @@ void CbStreamReadBinary::Read(void* data, std::size_t size)
     m_position += size;
 }
 
+void CbStreamReadBinary::Read(bool& value)
+{
+    unsigned char byte = 0;
+    Read(&byte, 1);
+    if (byte > 1)
+        CB_THROW(CbExceptionWrongFileVersion, "CbStreamReadBinary::Read",
+                 "a bool of value " + std::to_string(byte) + " at byte " + std::to_string(m_position - 1));
+    value = byte == 1;
+}
+
 void CbStreamReadBinary::Read(CStringA& text)
 {
     const std::uint32_t length = ReadCount();

@@ -38,6 +38,9 @@ public:
     template <class T>
     requires std::is_trivially_copyable_v<T>
     void Read(T& value) { Read(&value, sizeof(T)); }
+    // One byte that must be 0 or 1; any other throws CbExceptionWrongFileVersion (a bool holding
+    // another byte is undefined to use). Structures with bool members read them one by one through this.
+    void Read(bool& value);
     void Read(CString& text);
     void Read(CStringA& text);
     // The count reader; see CbStreamWriteBinary::WriteCount.

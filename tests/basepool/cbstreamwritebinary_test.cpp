@@ -1,3 +1,5 @@
+#include "basepool/cbexception.h"
+#include "basepool/cbstreamreadbinary.h"
 #include "basepool/cbstreamwritebinary.h"
 
 #include <gtest/gtest.h>
@@ -62,4 +64,26 @@ TEST(CbStreamWriteBinaryFile, AStreamDestroyedWithoutCloseLeavesTheOldFileAndNoT
     for (const auto& entry :
          std::filesystem::directory_iterator(std::filesystem::path(file.path).parent_path()))
         EXPECT_EQ(entry.path().string().find(file.path + ".tmp"), std::string::npos) << entry.path();
+}
+
+TEST(CbStreamReadBinary, ABoolIsOneByteOfZeroOrOneAndAnyOtherByteIsRefusedWithItsPosition)
+{
+    std::vector<unsigned char> bytes;
+    CbStreamWriteBinary out(bytes);
+    out << true << false;
+    bytes.push_back(2);
+    CbStreamReadBinary in(bytes);
+    bool first = false, second = true, third = false;
+    in >> first >> second;
+    EXPECT_TRUE(first);
+    EXPECT_FALSE(second);
+    try
+    {
+        in >> third;
+        FAIL() << "a bool of value 2 was read";
+    }
+    catch (const CbExceptionWrongFileVersion& e)
+    {
+        EXPECT_STREQ(e.GetDetail(), "a bool of value 2 at byte 2");
+    }
 }

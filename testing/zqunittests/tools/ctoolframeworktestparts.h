@@ -6,6 +6,8 @@
 
 #include "basepool/cbexception.h"
 #include "basepool/cbsmartpointer.h"
+#include "basepool/cbstreamreadbinary.h"
+#include "basepool/cbstreamwritebinary.h"
 #include "basepool/cbvector2.h"
 #include "basepool/cbvector3.h"
 #include "zqbase/zqunittest.h"
@@ -41,6 +43,15 @@ struct STest
     friend bool operator==(const STest& a, const STest& b)
     {
         return a.uiValue == b.uiValue && a.bFlag == b.bFlag && a.vec2 == b.vec2 && a.vec3 == b.vec3;
+    }
+    // Member by member, so that the padding is never written and a flag byte other than 0 or 1 is refused.
+    friend CbStreamWriteBinary& operator<<(CbStreamWriteBinary& stream, const STest& value)
+    {
+        return stream << value.uiValue << value.bFlag << value.vec2 << value.vec3;
+    }
+    friend CbStreamReadBinary& operator>>(CbStreamReadBinary& stream, STest& value)
+    {
+        return stream >> value.uiValue >> value.bFlag >> value.vec2 >> value.vec3;
     }
 };
 
