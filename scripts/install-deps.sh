@@ -5,7 +5,7 @@
 set -euo pipefail
 
 packages=(
-  g++ cmake ninja-build pkg-config
+  g++ cmake ninja-build pkg-config ccache
   libgtest-dev libgmock-dev libbenchmark-dev
   libssl-dev libpng-dev libtbb-dev libeigen3-dev
   nlohmann-json3-dev libtinyxml2-dev
