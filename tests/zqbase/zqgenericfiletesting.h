@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "basepool/cbexception.h"
 #include "basepool/cbstreamreadbinary.h"
 #include "basepool/cbstreamwritebinary.h"
 #include "zqbase/zqcrc32c.h"
@@ -37,6 +38,24 @@ struct ZqTestUnregistered
 {
     int value = 0;
 };
+
+// Reads bytes into target (a serializer or a container file) and expects CbExceptionWrongFileVersion
+// with a message containing expected.
+template <class TTarget>
+void ZqExpectReadRefused(TTarget& target, const std::vector<unsigned char>& bytes,
+                         const std::string& expected)
+{
+    CbStreamReadBinary stream(bytes);
+    try
+    {
+        target.Read(stream);
+        ADD_FAILURE() << "accepted; expected: " << expected;
+    }
+    catch (const CbExceptionWrongFileVersion& exception)
+    {
+        EXPECT_NE(std::string(exception.GetDetail()).find(expected), std::string::npos) << exception.what();
+    }
+}
 
 // The bytes a serializer or container writes into memory.
 template <class T> std::vector<unsigned char> written(const T& writer)
